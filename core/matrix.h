@@ -1,0 +1,93 @@
+// The Matrix record, its class codes, registry and pool.
+#ifndef VELK_CORE_MATRIX_H
+#define VELK_CORE_MATRIX_H
+
+#include "core/report.h"
+
+// Class codes. 3 and 5 share storage and dispatch with 2 and 4.
+enum MatrixClass {
+  kReal = 0,
+  kComplex = 1,
+  kPoly = 2,
+  kCompPoly = 3,
+  kRat = 4,
+  kCompRat = 5,
+};
+
+struct Matrix {
+  char *name;      // empty for temporaries; kept across pooling
+  int status;      // 0 temporary, 1 mark, anything else kept
+  int cls;         // class code
+  int rows;
+  int cols;
+  void *elements;  // rows * cols entries row by row; null when empty
+  Matrix *prev;
+  Matrix *next;
+};
+
+// The shared relative tolerance of the matrix layer (the decimal literal,
+// deliberately not 2^-52).
+extern double eps;
+
+// Pool limits read at start (defaults 0 = unlimited and 1000 elements).
+int MatPoolLimit();
+int MatPoolBound();
+
+void MatInit();
+
+// Definitions: new temporaries with an empty or given name, elements unset
+// (polynomial and rational elements are empty objects).
+Matrix *MatDef(const char *name, int rows, int cols);
+Matrix *C_MatDef(const char *name, int rows, int cols);
+Matrix *P_MatDef(const char *name, int rows, int cols);
+Matrix *R_MatDef(const char *name, int rows, int cols);
+// Definition of any class code 0..5 with the location used for a negative size.
+Matrix *MatDefClass(const char *name, int rows, int cols, int cls, const char *location);
+
+Matrix *MatSetStatus(Matrix *m, int status);
+Matrix *MatSetClass(Matrix *m, int cls);
+Matrix *MatSetName(Matrix *m, const char *name);
+
+Matrix *MatSameClassDef(Matrix *m, int rows, int cols);
+Matrix *MatSameClassZDef(Matrix *m, int rows, int cols);
+Matrix *MatSameClassZDefSize(Matrix *m);
+Matrix *MatSameDef(Matrix *m);
+Matrix *MatMulDef(Matrix *a, Matrix *b);
+Matrix *MatTransDef(Matrix *m);
+
+void MatUndef(Matrix *m);
+void MatDestroy(Matrix *m);
+void MatUndefChain(Matrix *m);
+void MatSweep();
+void MatUnmark(Matrix *m);
+void MatSweepAll();
+
+Matrix *MatCopy(Matrix *dst, Matrix *src);
+Matrix *MatDup(Matrix *m);
+Matrix *MatExchange(Matrix *a, Matrix *b);
+Matrix *MatMove(Matrix *dst, Matrix *src);
+Matrix *MatLet(Matrix *dst, Matrix *src);
+Matrix *MatSwap(Matrix *a, Matrix *b);
+// dst takes src's shape, class and values by copying (storage from the pool
+// where it fits); dst keeps its status and no sweep runs.
+Matrix *MatCopyResize(Matrix *dst, Matrix *src);
+
+// Ownership by another object: an owned matrix (a polynomial's coefficients)
+// leaves the registry so no sweep or chain reaches it; its owner releases it.
+Matrix *MatOwn(Matrix *m, int status);
+void MatRelease(Matrix *m);
+
+// Element helpers.
+inline long long MatCount(const Matrix *m) { return static_cast<long long>(m->rows) * m->cols; }
+inline double *MatReal(Matrix *m) { return static_cast<double *>(m->elements); }
+inline bool IsPolyClass(int c) { return c == kPoly || c == kCompPoly; }
+inline bool IsRatClass(int c) { return c == kRat || c == kCompRat; }
+
+// Debug walk over the matrix registry and pool (tests): aborts on a broken
+// link or count, returns the number of live records besides the head.
+long MatRegistryCheck();
+// Records on the pool stack of (elements, class).
+int MatPoolCount(long long elements, int cls);
+Matrix *MatRegistryTail();
+
+#endif

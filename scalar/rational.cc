@@ -1,0 +1,180 @@
+#include "scalar/rational.h"
+
+#include <utility>
+
+#include "core/alloc.h"
+#include "core/registry.h"
+#include "core/scope.h"
+
+char RatMessageBuffer[kMessageSize];
+
+namespace {
+
+Registry<Rational> reg;  // one stack for every rational, whatever the degrees
+
+void Describe(FILE *out, const void *object, bool second) {
+  const Rational *r = static_cast<const Rational *>(object);
+  const char *word = second ? " and" : " for";
+  if (r->name != nullptr && r->name[0] != '\0')
+    fprintf(out, "%s '%s(s^%d/s^%d)'", word, r->name, r->nume_degree, r->deno_degree);
+  else
+    fprintf(out, "%s '(s^%d/s^%d)'", word, r->nume_degree, r->deno_degree);
+}
+
+const ReportKind kReport = {RatMessageBuffer, Describe, "Can't open logfile\n", nullptr, false};
+
+Polynomial *NewPart(int degree, int kind) {
+  Polynomial *p = kind == 1 ? C_PolyDef("", degree, nullptr) : PolyDef("", degree, nullptr);
+  return PolyOwn(p, 2);
+}
+
+// Pooled rationals own no polynomials: a definition always makes new ones.
+void ReleaseParts(Rational *r) {
+  if (r->nume != nullptr) PolyRelease(r->nume);
+  if (r->deno != nullptr) PolyRelease(r->deno);
+  r->nume = r->deno = nullptr;
+  r->nume_degree = r->deno_degree = 0;
+}
+
+Rational *Define(const char *name, int nd, int dd, int kind) {
+  RatInit();
+  Rational *r = reg.Obtain(0);
+  reg.Append(r);
+  r->status = kTemporary;
+  r->kind = kind;
+  SetRecordName(&r->name, name);
+  if (nd < 0 || dd < 0) nd = dd = -1;
+  r->nume_degree = nd;
+  r->deno_degree = dd;
+  r->nume = NewPart(nd, kind);
+  r->deno = NewPart(dd, kind);
+  return r;
+}
+
+bool Undefined(const Rational *r) { return r->nume->degree == -1 || r->deno->degree == -1; }
+
+}  // namespace
+
+VELK_DEFINE_REPORTERS(Rat, Rational, kReport)
+
+void RatInit() {
+  if (reg.Ready()) return;
+  PolyInit();
+  Rational *head = Registry<Rational>::NewRecord();
+  head->name = StringDup("TOPRAT");
+  head->status = kMark;
+  head->nume = PolyOwn(PolySetName(PolyDef("", 0, nullptr), "TOPRAT-NUME"), 2);
+  head->deno = PolyOwn(PolySetName(PolyDef("", 0, nullptr), "TOPRAT-DENO"), 2);
+  reg.limit = EnvLimit("RATIONAL_TABLE_MAX", 0, 0);
+  reg.Start(head, 1);
+  RatMessageBuffer[0] = '\0';
+}
+
+Rational *RatDef(const char *name, int nd, int dd) { return Define(name, nd, dd, 0); }
+Rational *C_RatDef(const char *name, int nd, int dd) { return Define(name, nd, dd, 1); }
+
+Rational *RatSetName(Rational *r, const char *name) {
+  SetRecordName(&r->name, name);
+  return r;
+}
+
+Rational *RatSetStatus(Rational *r, int status) {
+  r->status = status;
+  return r;
+}
+
+void RatDestroy(Rational *r) {
+  reg.Destroy(r, ReleaseParts, [] { RatError("RatDestroy()", "Duplicate destroying", nullptr); });
+}
+
+void RatUndef(Rational *r) {
+  reg.Undef(r, 0, RatDestroy, ReleaseParts,
+            [] { RatError("RatUndef()", "Duplicate undefining", nullptr); });
+}
+
+void RatUndefChain(Rational *r) { Registry<Rational>::UndefChain(r, RatUndef); }
+void RatSweep() {
+  if (reg.Ready()) reg.Sweep(RatUndef);
+}
+void RatUnmark(Rational *r) { Registry<Rational>::Unmark(r); }
+
+// Copies one part into an owned polynomial of the destination.
+static void AssignPart(Polynomial *&dst, Polynomial *src) {
+  if (dst == nullptr) dst = NewPart(src->degree, src->kind);
+  dst->degree = src->degree;
+  dst->kind = src->kind;
+  PolySetVariable(dst, src->variable);
+  MatCopyResize(dst->coef, src->coef);
+}
+
+Rational *RatAssign(Rational *dst, Rational *src) {
+  if (Undefined(src)) {
+    RatError("RatAssign()", "Undefined rational", src);
+    return dst;
+  }
+  if (dst == src) return dst;
+  int status = dst->status;
+  if (src->status == kTemporary) {
+    std::swap(dst->kind, src->kind);
+    std::swap(dst->nume_degree, src->nume_degree);
+    std::swap(dst->deno_degree, src->deno_degree);
+    std::swap(dst->nume, src->nume);
+    std::swap(dst->deno, src->deno);
+    src->status = kTemporary;
+  } else {
+    dst->kind = src->kind;
+    dst->nume_degree = src->nume_degree;
+    dst->deno_degree = src->deno_degree;
+    AssignPart(dst->nume, src->nume);
+    AssignPart(dst->deno, src->deno);
+  }
+  dst->status = status;
+  SweepInOrder(kSweepAllOrder);
+  return dst;
+}
+
+static bool Conforming(Rational *a, Rational *b, const char *location) {
+  if (a->kind != b->kind) {
+    RatError2(location, "Confliction of class", a, b);
+    return false;
+  }
+  if (a->nume->degree != b->nume->degree || a->deno->degree != b->deno->degree) {
+    RatError2(location, "Confliction of size", a, b);
+    return false;
+  }
+  return true;
+}
+
+Rational *RatCopy(Rational *dst, Rational *src) {
+  if (!Conforming(dst, src, "RatCopy()")) return dst;
+  PolyCopy(dst->nume, src->nume);
+  PolyCopy(dst->deno, src->deno);
+  return dst;
+}
+
+Rational *RatDup(Rational *r) {
+  Rational *d = Define("", r->nume->degree, r->deno->degree, r->kind);
+  if (!Undefined(r)) {
+    AssignPart(d->nume, r->nume);
+    AssignPart(d->deno, r->deno);
+  }
+  d->nume_degree = r->nume_degree;
+  d->deno_degree = r->deno_degree;
+  return d;
+}
+
+Rational *RatSwap(Rational *a, Rational *b) {
+  if (!Conforming(a, b, "RatSwap()")) return a;
+  std::swap(a->nume, b->nume);
+  std::swap(a->deno, b->deno);
+  return a;
+}
+
+Rational *RatOwn(Rational *r, int status) { return reg.Own(r, status); }
+void RatRelease(Rational *r) {
+  reg.Append(r);
+  RatUndef(r);
+}
+
+long RatRegistryCheck() { return reg.Ready() ? reg.Check() : 0; }
+int RatPoolCount() { return reg.Ready() ? reg.pool_count[0] : 0; }

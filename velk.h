@@ -1,0 +1,11 @@
+// Velk: the umbrella header of the runtime library.
+#ifndef VELK_H
+#define VELK_H
+
+#include "core/alloc.h"
+#include "core/matrix.h"
+#include "core/registry.h"
+#include "core/report.h"
+#include "core/scope.h"
+
+#endif
