@@ -7,5 +7,8 @@
 #include "core/registry.h"
 #include "core/report.h"
 #include "core/scope.h"
+#include "sys/process.h"
+#include "sys/socket.h"
+#include "sys/stream_table.h"
 
 #endif
