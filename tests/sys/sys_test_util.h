@@ -11,6 +11,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -88,9 +89,19 @@ inline void SetTimeouts(int fd, int seconds = 5) {
   setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
+// The child reaper's SIGCHLD interrupts poll, which no handler flag restarts,
+// so the wait goes on until its deadline.
 inline bool WaitReadable(int fd, int milliseconds = 5000) {
-  pollfd p = {fd, POLLIN, 0};
-  return poll(&p, 1, milliseconds) == 1;
+  using Clock = std::chrono::steady_clock;
+  const auto deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
+  for (;;) {
+    auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+    if (left.count() < 0) return false;
+    pollfd p = {fd, POLLIN, 0};
+    int ready = poll(&p, 1, static_cast<int>(left.count()));
+    if (ready >= 0) return ready == 1;
+    if (errno != EINTR) return false;
+  }
 }
 
 inline std::string ReadWholeFile(const std::string &path) {
