@@ -235,5 +235,5 @@ void ListRelease(List *l) {
 long ListRegistryCheck() { return reg.Ready() ? reg.Check() : 0; }
 int ListPoolCount(int length) {
   int slot = Slot(length);
-  return reg.Ready() && slot >= 0 ? reg.pool_count[static_cast<size_t>(slot)] : 0;
+  return reg.Ready() && slot >= 0 ? reg.pool_count[slot] : 0;
 }

@@ -157,5 +157,5 @@ void vkStringRelease(String *s) {
 long vkStringRegistryCheck() { return reg.Ready() ? reg.Check() : 0; }
 int vkStringPoolCount(int length) {
   int slot = Slot(length);
-  return reg.Ready() && slot >= 0 ? reg.pool_count[static_cast<size_t>(slot)] : 0;
+  return reg.Ready() && slot >= 0 ? reg.pool_count[slot] : 0;
 }

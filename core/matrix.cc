@@ -1,6 +1,7 @@
 #include "core/matrix.h"
 
 #include <cstring>
+#include <utility>
 
 #include "core/alloc.h"
 #include "core/registry.h"
@@ -380,6 +381,6 @@ Matrix *MatSwap(Matrix *a, Matrix *b) {
 long MatRegistryCheck() { return reg.Ready() ? reg.Check() : 0; }
 int MatPoolCount(long long elements, int cls) {
   int slot = Slot(elements, cls);
-  return slot < 0 ? 0 : reg.pool_count[static_cast<size_t>(slot)];
+  return slot < 0 ? 0 : reg.pool_count[slot];
 }
 Matrix *MatRegistryTail() { return reg.tail; }

@@ -14,7 +14,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <vector>
 
 #include "core/alloc.h"
 
@@ -38,16 +37,21 @@ struct Registry {
   R *head = nullptr;
   R *tail = nullptr;
   int limit = 0;                // records a stack may exceed before undefining destroys; 0: no limit
-  std::vector<R *> pool_head;   // first record of each stack
-  std::vector<int> pool_count;  // records on each stack
+  // Plain arrays, never freed: the pools live as long as the process, even
+  // through the static destructors that run at exit.
+  R **pool_head = nullptr;  // first record of each stack
+  int *pool_count = nullptr;  // records on each stack
+  int slots = 0;
 
   bool Ready() const { return head != nullptr; }
 
-  void Start(R *h, int slots) {
+  void Start(R *h, int n) {
     head = tail = h;
     h->prev = h->next = nullptr;
-    pool_head.assign(static_cast<size_t>(slots), nullptr);
-    pool_count.assign(static_cast<size_t>(slots), 0);
+    slots = n;
+    pool_head = static_cast<R **>(calloc(static_cast<size_t>(n), sizeof(R *)));
+    pool_count = static_cast<int *>(calloc(static_cast<size_t>(n), sizeof(int)));
+    if (pool_head == nullptr || pool_count == nullptr) RuntimeError("calloc()", "Out of memory !!", 1);
   }
 
   void Append(R *r) {
@@ -77,26 +81,26 @@ struct Registry {
 
   // A stack over its limit makes undefining destroy; the test is strictly
   // greater, so a stack may reach limit + 1 records.
-  bool Full(int slot) const { return limit != 0 && pool_count[static_cast<size_t>(slot)] > limit; }
+  bool Full(int slot) const { return limit != 0 && pool_count[slot] > limit; }
 
   R *Take(int slot) {
-    if (slot < 0 || static_cast<size_t>(slot) >= pool_head.size()) return nullptr;
-    R *r = pool_head[static_cast<size_t>(slot)];
+    if (slot < 0 || slot >= slots) return nullptr;
+    R *r = pool_head[slot];
     if (r == nullptr) return nullptr;
-    pool_head[static_cast<size_t>(slot)] = r->next;
+    pool_head[slot] = r->next;
     if (r->next != nullptr) r->next->prev = nullptr;
     r->next = nullptr;
-    pool_count[static_cast<size_t>(slot)]--;
+    pool_count[slot]--;
     return r;
   }
 
   void Push(int slot, R *r) {
-    R *&first = pool_head[static_cast<size_t>(slot)];
+    R *&first = pool_head[slot];
     r->prev = nullptr;
     r->next = first;
     if (first != nullptr) first->prev = r;
     first = r;
-    pool_count[static_cast<size_t>(slot)]++;
+    pool_count[slot]++;
   }
 
   // A record for a definition: the first on the slot's stack, or a new zeroed one.
@@ -191,7 +195,7 @@ struct Registry {
       live++;
     }
     if (last != tail) abort();
-    for (size_t s = 0; s < pool_head.size(); s++) {
+    for (int s = 0; s < slots; s++) {
       int n = 0;
       const R *before = nullptr;
       for (const R *r = pool_head[s]; r != nullptr; r = r->next) {

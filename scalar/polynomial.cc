@@ -199,5 +199,5 @@ void PolyRelease(Polynomial *p) {
 long PolyRegistryCheck() { return reg.Ready() ? reg.Check() : 0; }
 int PolyPoolCount(int degree, int kind) {
   int slot = Slot(degree, kind);
-  return reg.Ready() && slot >= 0 ? reg.pool_count[static_cast<size_t>(slot)] : 0;
+  return reg.Ready() && slot >= 0 ? reg.pool_count[slot] : 0;
 }

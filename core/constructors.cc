@@ -1,0 +1,468 @@
+#include "core/constructors.h"
+
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+// ---- element helpers -----------------------------------------------------------
+
+bool IsComplexClass(int c) { return (c & 1) != 0; }
+int KindOf(int c) { return c / 2; }  // 0 matrix, 1 polynomial, 2 rational
+
+template <class T>
+T *Entries(Matrix *m) {
+  return static_cast<T *>(m->elements);
+}
+
+// The value of entry k of a real or complex matrix.
+ComplexValue ValueAt(Matrix *m, long long k) {
+  if (m->cls == kComplex) return Entries<ComplexValue>(m)[k];
+  return {Entries<double>(m)[k], 0.0};
+}
+
+// Stores a value into entry k of a real or complex matrix (a real one keeps
+// the real part).
+void StoreValue(Matrix *m, long long k, ComplexValue v) {
+  if (m->cls == kComplex)
+    Entries<ComplexValue>(m)[k] = v;
+  else
+    Entries<double>(m)[k] = v.re;
+}
+
+Polynomial *NewPoly(bool complex, int degree, const char *variable) {
+  return complex ? C_PolyDef("", degree, variable) : PolyDef("", degree, variable);
+}
+
+// dst (same degree) takes src's coefficients and variable.
+void FillPart(Polynomial *dst, Polynomial *src) {
+  MatCopyElements(dst->coef, 0, src->coef, 0, MatCount(src->coef));
+  PolySetVariable(dst, src->variable);
+}
+
+Polynomial *PolyOfKind(Polynomial *p, bool complex) {
+  if (!complex || p->kind == 1) return PolyDup(p);
+  Polynomial *q = NewPoly(true, p->degree, p->variable);
+  FillPart(q, p);
+  return q;
+}
+
+Rational *NewRat(bool complex, int nume_degree, int deno_degree) {
+  return complex ? C_RatDef("", nume_degree, deno_degree) : RatDef("", nume_degree, deno_degree);
+}
+
+Rational *RatOfKind(Rational *r, bool complex) {
+  if (!complex || r->kind == 1) return RatDup(r);
+  Rational *q = NewRat(true, r->nume->degree, r->deno->degree);
+  if (q->nume->degree >= 0) {
+    FillPart(q->nume, r->nume);
+    FillPart(q->deno, r->deno);
+  }
+  q->nume_degree = r->nume_degree;
+  q->deno_degree = r->deno_degree;
+  return q;
+}
+
+// p over the constant 1, both in p's variable.
+Rational *RatOverOne(Polynomial *p, bool complex) {
+  Rational *r = NewRat(complex, p->degree, 0);
+  if (r->nume->degree >= 0) {
+    FillPart(r->nume, p);
+    StoreValue(r->deno->coef, 0, {1.0, 0.0});
+    PolySetVariable(r->deno, p->variable);
+  }
+  return r;
+}
+
+// A new element object of class cls made from entry l of src, owned by its
+// future matrix.
+void *NewElementFrom(int cls, Matrix *src, long long l) {
+  bool complex = IsComplexClass(cls);
+  void **slots = static_cast<void **>(src->elements);
+  if (IsPolyClass(cls)) {
+    Polynomial *p;
+    if (KindOf(src->cls) == 0) {
+      p = NewPoly(complex, 0, nullptr);
+      StoreValue(p->coef, 0, ValueAt(src, l));
+    } else {
+      p = PolyOfKind(static_cast<Polynomial *>(slots[l]), complex);
+    }
+    return PolyOwn(p, 3);
+  }
+  Rational *r;
+  if (KindOf(src->cls) == 0) {
+    r = NewRat(complex, 0, 0);
+    StoreValue(r->nume->coef, 0, ValueAt(src, l));
+    StoreValue(r->deno->coef, 0, {1.0, 0.0});
+  } else if (KindOf(src->cls) == 1) {
+    r = RatOverOne(static_cast<Polynomial *>(slots[l]), complex);
+  } else {
+    r = RatOfKind(static_cast<Rational *>(slots[l]), complex);
+  }
+  return RatOwn(r, 2);
+}
+
+void ReleaseElement(int cls, void *e) {
+  if (e == nullptr) return;
+  if (IsPolyClass(cls))
+    PolyRelease(static_cast<Polynomial *>(e));
+  else
+    RatRelease(static_cast<Rational *>(e));
+}
+
+// ---- constructors ----------------------------------------------------------------
+
+// Writes a constructor's label into the buffer, only when the size is negative
+// (the definition then reports).
+void LabelNegative(int rows, int cols, const char *format, ...) {
+  if (rows >= 0 && cols >= 0) return;
+  va_list ap;
+  va_start(ap, format);
+  vsnprintf(MatMessageBuffer, kMessageSize, format, ap);
+  va_end(ap);
+}
+
+// A real or complex matrix with every element `fill`, or zeros with `fill` on
+// the diagonal.
+Matrix *Constant(int rows, int cols, int cls, const char *location, ComplexValue fill,
+                 bool diagonal) {
+  Matrix *m = MatDefClass("", rows, cols, cls, location);
+  long long n = MatCount(m);
+  if (diagonal) {
+    if (n > 0) memset(m->elements, 0, static_cast<size_t>(n) * (cls == kComplex ? 16 : 8));
+    int d = m->rows < m->cols ? m->rows : m->cols;
+    for (int k = 0; k < d; k++) StoreValue(m, static_cast<long long>(k) * m->cols + k, fill);
+  } else {
+    for (long long k = 0; k < n; k++) StoreValue(m, k, fill);
+  }
+  return m;
+}
+
+constexpr ComplexValue kZero = {0.0, 0.0};
+constexpr ComplexValue kOne = {1.0, 0.0};
+
+// The complex constant 1 + 0i travels as a temporary Complex, undefined after use.
+Matrix *ComplexOneConstant(int rows, int cols, const char *location, bool diagonal) {
+  Complex *one = CompDef("", kOne.re, kOne.im);
+  Matrix *m = Constant(rows, cols, kComplex, location, {one->re, one->im}, diagonal);
+  CompUndef(one);
+  return m;
+}
+
+Matrix *ElementFill(int rows, int cols, int cls, const char *location, void *(*make)(void *),
+                    void *value) {
+  Matrix *m = MatDefClass("", rows, cols, cls, location);
+  void **slots = static_cast<void **>(m->elements);
+  for (long long k = 0; k < MatCount(m); k++) {
+    void *e = make(value);
+    ReleaseElement(cls, slots[k]);
+    slots[k] = e;
+  }
+  return m;
+}
+
+Matrix *ProductShape(Matrix *a, Matrix *b, int cls, const char *location) {
+  if (b->rows != a->cols) {
+    MatError2(location, "Size Error", a, b);
+    return MatDef("", 0, 0);
+  }
+  return MatDefClass("", a->rows, b->cols, cls, location);
+}
+
+int ComplexIfEither(int cls, Matrix *a, Matrix *b) {
+  return cls + ((IsComplexClass(a->cls) || IsComplexClass(b->cls)) ? 1 : 0);
+}
+
+// ---- element access: one body for the real layer and its complex twin -------------
+
+template <class T>
+struct Twin;
+
+template <>
+struct Twin<double> {
+  static constexpr int cls = kReal;
+  static constexpr const char *wrong_class = "Not a real matrix";
+  static constexpr const char *set = "MatSetValue()";
+  static constexpr const char *fill = "MatFillValue()";
+  static constexpr const char *set_vec = "MatSetVecValue()";
+  static constexpr const char *one = "MatGetValueOne()";
+  static constexpr const char *ptr_class = "MatGetPrt()";  // so spelled
+  static constexpr const char *ptr_index = "MatGetPtr()";
+  static constexpr const char *vec_class = "MatGetVecPrt()";  // so spelled
+  static constexpr const char *vec_index = "MatGetVecPtr()";
+  static void Text(char *out, size_t size, double v) { snprintf(out, size, "%g", v); }
+  static double From(ComplexValue v) { return v.re; }
+};
+
+template <>
+struct Twin<ComplexValue> {
+  static constexpr int cls = kComplex;
+  static constexpr const char *wrong_class = "Not a complex matrix";
+  static constexpr const char *set = "C_MatSetValue()";
+  static constexpr const char *fill = "C_MatFillValue()";
+  static constexpr const char *set_vec = "C_MatSetVecValue()";
+  static constexpr const char *one = "C_MatGetValueOne()";
+  static constexpr const char *ptr_class = "C_MatGetPtr()";
+  static constexpr const char *ptr_index = "C_MatGetPtr()";
+  static constexpr const char *vec_class = "C_MatGetVecPtr()";
+  static constexpr const char *vec_index = "C_MatGetVecPtr()";
+  static void Text(char *out, size_t size, ComplexValue v) {
+    snprintf(out, size, "(%g,%g)", v.re, v.im);
+  }
+  static ComplexValue From(ComplexValue v) { return v; }
+};
+
+// The label of an assignment: "%s(%dx%d)(index) = value", the value in the
+// layer's notation.
+template <class T>
+void LabelAssignment(Matrix *m, const char *index, T value) {
+  char text[64];
+  Twin<T>::Text(text, sizeof text, value);
+  MatSetMessage("%s(%dx%d)(%s) = %s", m->name, m->rows, m->cols, index, text);
+}
+
+// m takes a zero matrix of the new shape holding its old elements in the
+// top-left corner; its old contents are undefined.
+void Grow(Matrix *m, int rows, int cols) {
+  Matrix *z = MatSameClassZDef(m, rows, cols);
+  for (int i = 0; i < m->rows; i++)
+    MatCopyElements(z, static_cast<long long>(i) * cols, m, static_cast<long long>(i) * m->cols,
+                    m->cols);
+  MatMove(m, z);
+  MatUndef(z);
+}
+
+template <class T>
+Matrix *SetValue(Matrix *m, int i, int j, T value) {
+  if (m->cls != Twin<T>::cls || i < 1 || j < 1) {
+    char index[32];
+    snprintf(index, sizeof index, "%d,%d", i, j);
+    LabelAssignment(m, index, value);
+    MatError(Twin<T>::set, m->cls != Twin<T>::cls ? Twin<T>::wrong_class : "Not a suitable index",
+             m);
+    return m;
+  }
+  if (i > m->rows || j > m->cols) Grow(m, i > m->rows ? i : m->rows, j > m->cols ? j : m->cols);
+  Entries<T>(m)[static_cast<long long>(i - 1) * m->cols + (j - 1)] = value;
+  return m;
+}
+
+template <class T>
+Matrix *FillValue(Matrix *m, T value) {
+  if (m->cls != Twin<T>::cls) {
+    char text[64];
+    Twin<T>::Text(text, sizeof text, value);
+    MatSetMessage("fill(%s(%dx%d), %s)", m->name, m->rows, m->cols, text);
+    MatError(Twin<T>::fill, Twin<T>::wrong_class, m);
+    return m;
+  }
+  T *e = Entries<T>(m);
+  for (long long k = 0; k < MatCount(m); k++) e[k] = value;
+  return m;
+}
+
+template <class T>
+Matrix *SetVecValue(Matrix *m, int k, T value) {
+  if (m->cls != Twin<T>::cls || k < 1) {
+    char index[16];
+    snprintf(index, sizeof index, "%d", k);
+    LabelAssignment(m, index, value);
+    MatError(Twin<T>::set_vec, m->cls != Twin<T>::cls ? Twin<T>::wrong_class : "Not a suitable index",
+             m);
+    return m;
+  }
+  if (k > MatCount(m)) {
+    if (m->rows == 1 || m->cols == 0)
+      Grow(m, 1, k);
+    else
+      Grow(m, static_cast<int>(std::ceil(static_cast<double>(k) / m->cols)), m->cols);
+  }
+  Entries<T>(m)[k - 1] = value;
+  return m;
+}
+
+template <class T>
+T GetValueOne(Matrix *m) {
+  if (m->rows != 1 || m->cols != 1) {
+    MatSetMessage("Real(%s(%dx%d))", m->name, m->rows, m->cols);
+    MatWarning(Twin<T>::one, "Not a one by one matrix", m);
+  }
+  if (MatCount(m) == 0 || KindOf(m->cls) != 0) return Twin<T>::From(kZero);
+  return Twin<T>::From(ValueAt(m, 0));
+}
+
+template <class T>
+T *GetPtr(Matrix *m, int i, int j) {
+  if (m->cls != Twin<T>::cls || i < 1 || i > m->rows || j < 1 || j > m->cols) {
+    MatSetMessage("%s(%dx%d)(%d,%d)", m->name, m->rows, m->cols, i, j);
+    if (m->cls != Twin<T>::cls)
+      MatError(Twin<T>::ptr_class, Twin<T>::wrong_class, m);
+    else
+      MatError(Twin<T>::ptr_index, "Not a suitable index", m);
+    return nullptr;
+  }
+  return Entries<T>(m) + static_cast<long long>(i - 1) * m->cols + (j - 1);
+}
+
+template <class T>
+T *GetVecPtr(Matrix *m, int k) {
+  if (m->cls != Twin<T>::cls || k < 1 || k > MatCount(m)) {
+    MatSetMessage("%s(%dx%d)(%d)", m->name, m->rows, m->cols, k);
+    if (m->cls != Twin<T>::cls)
+      MatError(Twin<T>::vec_class, Twin<T>::wrong_class, m);
+    else
+      MatError(Twin<T>::vec_index, "Not a suitable index", m);
+    return nullptr;
+  }
+  return Entries<T>(m) + (k - 1);
+}
+
+}  // namespace
+
+// ---- element copy ------------------------------------------------------------------
+
+bool MatClassHolds(int dst, int src) {
+  return KindOf(src) <= KindOf(dst) && (IsComplexClass(dst) || !IsComplexClass(src));
+}
+
+int MatCommonClass(int a, int b) {
+  int kind = KindOf(a) > KindOf(b) ? KindOf(a) : KindOf(b);
+  return kind * 2 + ((IsComplexClass(a) || IsComplexClass(b)) ? 1 : 0);
+}
+
+void MatCopyElements(Matrix *dst, long long k, Matrix *src, long long l, long long count) {
+  if (count <= 0) return;
+  if (KindOf(dst->cls) == 0) {
+    if (dst->cls == src->cls) {
+      size_t size = dst->cls == kComplex ? sizeof(ComplexValue) : sizeof(double);
+      memmove(static_cast<char *>(dst->elements) + k * static_cast<long long>(size),
+              static_cast<char *>(src->elements) + l * static_cast<long long>(size),
+              static_cast<size_t>(count) * size);
+    } else {
+      for (long long n = 0; n < count; n++) StoreValue(dst, k + n, ValueAt(src, l + n));
+    }
+    return;
+  }
+  void **slots = static_cast<void **>(dst->elements);
+  for (long long n = 0; n < count; n++) {
+    // The new element is made before the old one goes, so a block may be
+    // copied onto itself.
+    void *e = NewElementFrom(dst->cls, src, l + n);
+    ReleaseElement(dst->cls, slots[k + n]);
+    slots[k + n] = e;
+  }
+}
+
+// ---- constructors ------------------------------------------------------------------
+
+Matrix *MatZDef(int n) {
+  LabelNegative(n, n, "Z(%d)", n);
+  return Constant(n, n, kReal, "MatZDef()", kZero, false);
+}
+Matrix *MatZDef2(int rows, int cols) {
+  LabelNegative(rows, cols, "Z(%d, %d)", rows, cols);
+  return Constant(rows, cols, kReal, "MatZDef2()", kZero, false);
+}
+Matrix *MatIDef(int n) {
+  LabelNegative(n, n, "I(%d)", n);
+  return Constant(n, n, kReal, "MatIDef()", kOne, true);
+}
+Matrix *MatIDef2(int rows, int cols) {
+  LabelNegative(rows, cols, "I(%d, %d)", rows, cols);
+  return Constant(rows, cols, kReal, "MatIDef2()", kOne, true);
+}
+Matrix *MatOneDef(int rows, int cols) {
+  LabelNegative(rows, cols, "ONE(%d, %d)", rows, cols);
+  return Constant(rows, cols, kReal, "MatOneDef()", kOne, false);
+}
+Matrix *MatFillDef(int rows, int cols, double value) {
+  return Constant(rows, cols, kReal, "MatFillDef()", {value, 0.0}, false);
+}
+
+Matrix *C_MatZDef(int n) {
+  LabelNegative(n, n, "Z(%d)", n);
+  return Constant(n, n, kComplex, "C_MatZDef()", kZero, false);
+}
+Matrix *C_MatZDef2(int rows, int cols) {
+  LabelNegative(rows, cols, "Z(%d, %d)", rows, cols);
+  return Constant(rows, cols, kComplex, "C_MatZDef2()", kZero, false);
+}
+Matrix *C_MatIDef(int n) {
+  LabelNegative(n, n, "I(%d)", n);
+  return ComplexOneConstant(n, n, "C_MatIDef()", true);
+}
+Matrix *C_MatIDef2(int rows, int cols) {
+  LabelNegative(rows, cols, "I(%d, %d)", rows, cols);
+  return ComplexOneConstant(rows, cols, "C_MatIDef2()", true);
+}
+Matrix *C_MatOneDef(int rows, int cols) {
+  LabelNegative(rows, cols, "ONE(%d, %d)", rows, cols);
+  return ComplexOneConstant(rows, cols, "C_MatOneDef()", false);
+}
+Matrix *C_MatFillDef(int rows, int cols, Complex *value) {
+  return Constant(rows, cols, kComplex, "C_MatFillDef()", {value->re, value->im}, false);
+}
+
+Matrix *P_MatFillDef(int rows, int cols, Polynomial *p) {
+  return ElementFill(rows, cols, p->kind == 1 ? kCompPoly : kPoly, "P_MatFillDef()",
+                     [](void *v) -> void * { return PolyOwn(PolyDup(static_cast<Polynomial *>(v)), 3); },
+                     p);
+}
+Matrix *R_MatFillDef(int rows, int cols, Rational *r) {
+  return ElementFill(rows, cols, r->kind == 1 ? kCompRat : kRat, "R_MatFillDef()",
+                     [](void *v) -> void * { return RatOwn(RatDup(static_cast<Rational *>(v)), 2); },
+                     r);
+}
+
+Matrix *C_MatMulDef(Matrix *a, Matrix *b) { return ProductShape(a, b, kComplex, "C_MatMulDef()"); }
+Matrix *P_MatMulDef(Matrix *a, Matrix *b) {
+  return ProductShape(a, b, ComplexIfEither(kPoly, a, b), "P_MatMulDef()");
+}
+Matrix *R_MatMulDef(Matrix *a, Matrix *b) {
+  return ProductShape(a, b, ComplexIfEither(kRat, a, b), "R_MatMulDef()");
+}
+
+// ---- vectors -----------------------------------------------------------------------
+
+Matrix *MatColumnVector(Matrix *m, int j) {
+  if (j < 1 || j > m->cols) {
+    MatSetMessage("%s(%dx%d)(:, %d)", m->name, m->rows, m->cols, j);
+    MatError("MatColumnVector()", "Not appropriate column number", m);
+    return MatDef("", 0, 0);
+  }
+  Matrix *v = MatSameClassDef(m, m->rows, 1);
+  for (int i = 0; i < m->rows; i++)
+    MatCopyElements(v, i, m, static_cast<long long>(i) * m->cols + (j - 1), 1);
+  return v;
+}
+
+Matrix *MatRowVector(Matrix *m, int i) {
+  if (i < 1 || i > m->rows) {
+    MatSetMessage("%s(%dx%d)(%d, :)", m->name, m->rows, m->cols, i);
+    MatError("MatRowVector()", "Not appropriate row number", m);
+    return MatDef("", 0, 0);
+  }
+  Matrix *v = MatSameClassDef(m, 1, m->cols);
+  MatCopyElements(v, 0, m, static_cast<long long>(i - 1) * m->cols, m->cols);
+  return v;
+}
+
+// ---- element access ----------------------------------------------------------------
+
+Matrix *MatSetValue(Matrix *m, int i, int j, double value) { return SetValue(m, i, j, value); }
+Matrix *MatFillValue(Matrix *m, double value) { return FillValue(m, value); }
+Matrix *MatSetVecValue(Matrix *m, int k, double value) { return SetVecValue(m, k, value); }
+double MatGetValueOne(Matrix *m) { return GetValueOne<double>(m); }
+double *MatGetPtr(Matrix *m, int i, int j) { return GetPtr<double>(m, i, j); }
+double *MatGetVecPtr(Matrix *m, int k) { return GetVecPtr<double>(m, k); }
+
+Matrix *C_MatSetValue(Matrix *m, int i, int j, ComplexValue value) {
+  return SetValue(m, i, j, value);
+}
+Matrix *C_MatFillValue(Matrix *m, ComplexValue value) { return FillValue(m, value); }
+Matrix *C_MatSetVecValue(Matrix *m, int k, ComplexValue value) { return SetVecValue(m, k, value); }
+ComplexValue C_MatGetValueOne(Matrix *m) { return GetValueOne<ComplexValue>(m); }
+ComplexValue *C_MatGetPtr(Matrix *m, int i, int j) { return GetPtr<ComplexValue>(m, i, j); }
+ComplexValue *C_MatGetVecPtr(Matrix *m, int k) { return GetVecPtr<ComplexValue>(m, k); }
