@@ -8,7 +8,7 @@
 #include "core/report.h"
 #include "core/scope.h"
 #include "sys/process.h"
-#include "sys/socket.h"
+#include "sys/sockets.h"
 #include "sys/stream_table.h"
 
 #endif

@@ -77,8 +77,12 @@ TEST_F(StreamTableTest, EntryFollowsTheWholeModeString) {
       ASSERT_NE(fgets(line, sizeof line, read), nullptr);
       EXPECT_STREQ(line, "first\n");
     }
+    // Opening with 'w' truncates; what FilePrintf wrote is in the file at once.
+    std::string expected_after = c.mode[0] == 'w' ? "" : "first\n";
     if (c.streams == kWrite) {
       EXPECT_EQ(FilePrintf(fd, "%s-%d\n", c.mode, 7), 0);
+      expected_after += std::string(c.mode) + "-7\n";
+      EXPECT_EQ(ReadWholeFile(path_), expected_after);
     }
 
     EXPECT_EQ(FileClose(fd), 0);
@@ -87,9 +91,6 @@ TEST_F(StreamTableTest, EntryFollowsTheWholeModeString) {
     EXPECT_EQ(FilePointer(fd, 0), nullptr);
     EXPECT_EQ(FilePointer(fd, 1), nullptr);
 
-    // Opening with 'w' first truncates; what FilePrintf wrote must be there.
-    std::string expected_after = c.mode[0] == 'w' ? "" : "first\n";
-    if (c.streams == kWrite) expected_after += std::string(c.mode) + "-7\n";
     EXPECT_EQ(ReadWholeFile(path_), expected_after);
   }
 }

@@ -4,8 +4,8 @@
 // system's error text under the call's name, and returns -1 or the system
 // call's own negative result. Sending never raises SIGPIPE: a peer that has
 // gone shows as a failed send.
-#ifndef VELK_SYS_SOCKET_H
-#define VELK_SYS_SOCKET_H
+#ifndef VELK_SYS_SOCKETS_H
+#define VELK_SYS_SOCKETS_H
 
 // type "TCP"/"tcp" for a stream socket, "UDP"/"udp" for a datagram socket
 // (no other spelling). Address reuse is set. The entry gets no streams yet.

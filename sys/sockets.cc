@@ -1,4 +1,4 @@
-#include "sys/socket.h"
+#include "sys/sockets.h"
 
 #include <arpa/inet.h>
 #include <netdb.h>
