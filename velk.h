@@ -7,6 +7,7 @@
 #include "core/registry.h"
 #include "core/report.h"
 #include "core/scope.h"
+#include "io/text_format.h"
 #include "sys/process.h"
 #include "sys/sockets.h"
 #include "sys/stream_table.h"

@@ -45,4 +45,10 @@ void CompRelease(Complex *c);
 long CompRegistryCheck();
 int CompPoolCount();
 
+// Text forms "(re,im)", each part through RealToString with format (null:
+// its default). With a null buf a new 64-character buffer is allocated and
+// returned; a caller's buf must hold 64 characters.
+char *CompToString(Complex *c, char *buf, const char *format);
+char *ComplexValueToString(ComplexValue *v, char *buf, const char *format);
+
 #endif
