@@ -81,9 +81,9 @@ int ProcessOpen(const char *command) {
 
   int to_child[2];
   if (pipe(to_child) < 0) return -1;
-  // The bound has always been checked on the read end while the entry is
-  // the write end's. The write end gets its own check so that, when only
-  // descriptor 4095 was free, the entry cannot land past the table.
+  // The bound is meant for the read end, the lower number of the pair. The
+  // entry is the write end's, though, so it is checked too: with only 4095
+  // free, the write end would be 4096 and its entry past the table.
   if (to_child[0] >= kStreamTableSize || to_child[1] >= kStreamTableSize) {
     fprintf(stderr, "ProcessOpen(\"%s\"): Too many processes are opened.\n", command);
     ClosePair(to_child);

@@ -63,9 +63,10 @@ int FileOpen(const char *name, const char *mode) {
 FILE *FilePointer(int fd, int which) {
   if (!standard_streams_entered) {
     standard_streams_entered = true;
-    table[fileno(stdin)].read = stdin;
-    table[fileno(stdout)].write = stdout;
-    table[fileno(stderr)].write = stderr;
+    // A standard stream whose descriptor was closed before start-up has none.
+    if (int fd = fileno(stdin); InTable(fd)) table[fd].read = stdin;
+    if (int fd = fileno(stdout); InTable(fd)) table[fd].write = stdout;
+    if (int fd = fileno(stderr); InTable(fd)) table[fd].write = stderr;
   }
   if (fd >= kStreamTableSize) {
     fprintf(stderr, "FilePointer(%d, %d): file descriptor is too large.\n", fd, which);
