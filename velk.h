@@ -3,11 +3,14 @@
 #define VELK_H
 
 #include "core/alloc.h"
+#include "core/constructors.h"
 #include "core/matrix.h"
 #include "core/registry.h"
 #include "core/report.h"
 #include "core/scope.h"
 #include "io/text_format.h"
+#include "matrix/block.h"
+#include "matrix/operations.h"
 #include "sys/process.h"
 #include "sys/sockets.h"
 #include "sys/stream_table.h"

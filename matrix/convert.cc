@@ -1,0 +1,112 @@
+// Class conversions and the promotion of two operands to a common class.
+#include <cstdio>
+
+#include "core/constructors.h"
+#include "matrix/frontend.h"
+#include "matrix/operations.h"
+
+using namespace velk_matrix;
+
+namespace {
+
+// A new temporary of class cls holding m's values, named like m.
+Matrix *Convert(Matrix *m, int cls, const char *location, bool accepted) {
+  if (!accepted) {
+    MatError(location, "Incorrect class matrix", m);
+    return MatDef("", 0, 0);
+  }
+  Matrix *c = MatDefClass("", m->rows, m->cols, cls, location);
+  MatCopyElements(c, 0, m, 0, MatCount(m));
+  return MatSetName(c, m->name);
+}
+
+bool IsMatrixKind(int c) { return c == kReal || c == kComplex; }
+
+// ---- promotion -------------------------------------------------------------------
+
+enum Step : unsigned char { kKeep, kToComp, kToPoly, kCompToPoly, kToRat, kCompToRat, kPolyToRat };
+
+Matrix *(*const kConversion[])(Matrix *) = {nullptr,       MatRealToComp, MatRealToPoly,
+                                            MatCompToPoly, MatRealToRat,  MatCompToRat,
+                                            MatPolyToRat};
+
+// What each operand goes through, innermost conversion first.
+struct Cell {
+  Step a[2];
+  Step b[2];
+};
+
+// Row: class of a, column: class of b. Row 0 converts a real operand with the
+// complex-source conversions (cells (0, 3) and (0, 5)) where column 0 uses the
+// real ones; both roads end in the same class and values, and the table is
+// kept as it is.
+constexpr Cell kPromotion[6][6] = {
+    {{}, {{kToComp}, {}}, {{kToPoly}, {}}, {{kCompToPoly, kToComp}, {}}, {{kToRat}, {}},
+     {{kCompToRat, kToComp}, {}}},
+    {{{}, {kToComp}}, {}, {{kCompToPoly}, {kToComp}}, {{kCompToPoly}, {}},
+     {{kCompToRat}, {kToComp}}, {{kCompToRat}, {}}},
+    {{{}, {kToPoly}}, {{kToComp}, {kCompToPoly}}, {}, {{kToComp}, {}}, {{kPolyToRat}, {}},
+     {{kPolyToRat, kToComp}, {}}},
+    {{{}, {kToPoly, kToComp}}, {{}, {kCompToPoly}}, {{}, {kToComp}}, {},
+     {{kPolyToRat}, {kToComp}}, {{kPolyToRat}, {}}},
+    {{{}, {kToRat}}, {{kToComp}, {kCompToRat}}, {{}, {kPolyToRat}}, {{kToComp}, {kPolyToRat}}, {},
+     {{kToComp}, {}}},
+    {{{}, {kToRat, kToComp}}, {{}, {kCompToRat}}, {{}, {kPolyToRat, kToComp}}, {{}, {kPolyToRat}},
+     {{}, {kToComp}}, {}},
+};
+
+Matrix *Apply(const Step (&steps)[2], Matrix *m) {
+  for (Step s : steps)
+    if (s != kKeep) m = kConversion[s](m);
+  return m;
+}
+
+}  // namespace
+
+namespace velk_matrix {
+
+Operands Promote(Matrix *a, Matrix *b) {
+  const Cell &cell = kPromotion[a->cls][b->cls];
+  return {Apply(cell.a, a), Apply(cell.b, b)};
+}
+
+Matrix *FailWith(const char *location, const char *message, Matrix *a, Matrix *b) {
+  MatError2(location, message, a, b);
+  return MatDef("", 0, 0);
+}
+
+Matrix *NotAvailableYet(const char *location, const char *what, Matrix *a, Matrix *b) {
+  char message[96];
+  snprintf(message, sizeof message, "%s is not available yet", what);
+  return FailWith(location, message, a, b);
+}
+
+Matrix *ArithmeticPending(const char *location, Matrix *a, Matrix *b) {
+  return NotAvailableYet(location,
+                         IsPolyClass(a->cls) ? "Polynomial matrix arithmetic"
+                                             : "Rational matrix arithmetic",
+                         a, b);
+}
+
+}  // namespace velk_matrix
+
+// ---- conversions ------------------------------------------------------------------
+
+Matrix *MatRealToComp(Matrix *m) {
+  return Convert(m, m->cls | 1, "MatRealToComp()", IsValidClass(m->cls));
+}
+Matrix *MatRealToPoly(Matrix *m) {
+  return Convert(m, kPoly | (m->cls & 1), "MatRealToPoly()", IsMatrixKind(m->cls));
+}
+Matrix *MatCompToPoly(Matrix *m) {
+  return Convert(m, kCompPoly, "MatCompToPoly()", IsMatrixKind(m->cls));
+}
+Matrix *MatRealToRat(Matrix *m) {
+  return Convert(m, kRat | (m->cls & 1), "MatRealToRat()", IsMatrixKind(m->cls));
+}
+Matrix *MatCompToRat(Matrix *m) {
+  return Convert(m, kCompRat, "MatCompToRat()", IsMatrixKind(m->cls));
+}
+Matrix *MatPolyToRat(Matrix *m) {
+  return Convert(m, kRat | (m->cls & 1), "MatPolyToRat()", IsPolyClass(m->cls));
+}

@@ -1,0 +1,203 @@
+// The one pattern of every matrix front-end, internal to the matrix layer:
+// describe the expression, check, promote, define the result, dispatch by class.
+//
+// A front-end names itself with a Front (its location and how it writes its
+// expression into the message buffer; the label is written only when a check
+// fails). The work of the real and the complex layer is one generic callable
+// run with the element type of the class: Type<double> for class 0,
+// Type<Complexd> for class 1. Classes 2 to 5 either move elements (structural
+// operations) or go to MatArithmeticPending.
+#ifndef VELK_MATRIX_FRONTEND_H
+#define VELK_MATRIX_FRONTEND_H
+
+#include <complex>
+
+#include "core/constructors.h"
+#include "core/matrix.h"
+#include "scalar/polynomial.h"
+#include "scalar/rational.h"
+
+namespace velk_matrix {
+
+using Complexd = std::complex<double>;
+
+// Tag carrying an element type.
+template <class T>
+struct Type {};
+
+template <class T>
+T *Entries(Matrix *m) {
+  return static_cast<T *>(m->elements);
+}
+
+inline bool IsValidClass(int c) { return c >= kReal && c <= kCompRat; }
+
+// The expression texts of most front-ends: one or two operands written as
+// name(rows x cols) into a fixed format.
+inline void Label1(const char *format, const Matrix *a) {
+  FormatMessage(MatMessageBuffer, format, a->name, a->rows, a->cols);
+}
+inline void Label2(const char *format, const Matrix *a, const Matrix *b) {
+  FormatMessage(MatMessageBuffer, format, a->name, a->rows, a->cols, b->name, b->rows, b->cols);
+}
+
+// Reports for a front-end; each writes the label first. Fatal: they return (an
+// empty real matrix) only when a harness intercepts the exit.
+Matrix *FailWith(const char *location, const char *message, Matrix *a, Matrix *b);
+// "<what> is not available yet": work that waits for a later layer.
+Matrix *NotAvailableYet(const char *location, const char *what, Matrix *a, Matrix *b);
+// The pending arm of the polynomial (2, 3) and rational (4, 5) classes:
+// "Polynomial (Rational) matrix arithmetic is not available yet".
+Matrix *ArithmeticPending(const char *location, Matrix *a, Matrix *b);
+
+template <class Label>
+struct Front {
+  const char *location;
+  Label label;
+
+  Matrix *Fail(const char *message, Matrix *a, Matrix *b = nullptr) const {
+    label();
+    return FailWith(location, message, a, b);
+  }
+  Matrix *BadClass(Matrix *a, Matrix *b = nullptr) const {
+    return Fail("Incorrect class matrix", a, b);
+  }
+  Matrix *Pending(Matrix *a, Matrix *b = nullptr) const {
+    label();
+    return ArithmeticPending(location, a, b);
+  }
+};
+template <class Label>
+Front(const char *, Label) -> Front<Label>;
+
+// Both operands brought to their common class; new temporaries named like the
+// operands they came from.
+struct Operands {
+  Matrix *a;
+  Matrix *b;
+};
+Operands Promote(Matrix *a, Matrix *b);
+
+// Runs work(Type<T>{}) with the element type of a real or complex class.
+// REQUIRES: cls is 0 or 1.
+template <class Work>
+void ByElementType(int cls, Work &&work) {
+  if (cls == kReal)
+    work(Type<double>{});
+  else
+    work(Type<Complexd>{});
+}
+
+// One operand: class check, pending arm, result definition, layer work
+// (called as work(Type<T>, result)).
+template <class F, class Define, class Work>
+Matrix *Unary(const F &front, Matrix *a, Define define, Work work) {
+  if (!IsValidClass(a->cls)) return front.BadClass(a);
+  if (a->cls > kComplex) return front.Pending(a);
+  Matrix *c = define(a);
+  ByElementType(a->cls, [&](auto t) { work(t, c); });
+  return c;
+}
+
+// Two operands whose checks have passed: class check, promotion to the common
+// class (the front-end `self` runs again on the promoted pair), pending arm,
+// definition, layer work (called as work(Type<T>, result)).
+template <class F, class Define, class Work>
+Matrix *Binary(const F &front, Matrix *a, Matrix *b, Matrix *(*self)(Matrix *, Matrix *),
+               Define define, Work work) {
+  if (!IsValidClass(a->cls) || !IsValidClass(b->cls)) return front.BadClass(a, b);
+  if (a->cls != b->cls) {
+    Operands p = Promote(a, b);
+    return self(p.a, p.b);
+  }
+  if (a->cls > kComplex) return front.Pending(a, b);
+  Matrix *c = define(a, b);
+  ByElementType(a->cls, [&](auto t) { work(t, c); });
+  return c;
+}
+
+// Structural two-operand front-ends (they only move elements, so every class
+// is served): class check, promotion, then build(a, b) of the equal classes.
+template <class F, class Build>
+Matrix *Structural(const F &front, Matrix *a, Matrix *b, Matrix *(*self)(Matrix *, Matrix *),
+                   Build build) {
+  if (!IsValidClass(a->cls) || !IsValidClass(b->cls)) return front.BadClass(a, b);
+  if (a->cls != b->cls) {
+    Operands p = Promote(a, b);
+    return self(p.a, p.b);
+  }
+  return build(a, b);
+}
+
+// Elementwise kernels of the real and complex layers.
+template <class T, class Op>
+void Map(Matrix *c, Matrix *a, Op op) {
+  T *pc = Entries<T>(c);
+  const T *pa = Entries<T>(a);
+  long long n = MatCount(c);
+  for (long long k = 0; k < n; k++) pc[k] = op(pa[k]);
+}
+
+template <class T, class Op>
+void Zip(Matrix *c, Matrix *a, Matrix *b, Op op) {
+  T *pc = Entries<T>(c);
+  const T *pa = Entries<T>(a);
+  const T *pb = Entries<T>(b);
+  long long n = MatCount(c);
+  for (long long k = 0; k < n; k++) pc[k] = op(pa[k], pb[k]);
+}
+
+inline double Conj(double x) { return x; }
+inline Complexd Conj(Complexd z) { return std::conj(z); }
+
+// Applies op to every coefficient of every element of a polynomial or
+// rational matrix m, in place (rationals: the numerator, and the denominator
+// too unless numerator_only). Returns m.
+template <class Op>
+Matrix *MapCoefficients(Matrix *m, bool numerator_only, Op op) {
+  auto apply = [&](Polynomial *p) {
+    ByElementType(p->coef->cls, [&]<class T>(Type<T>) { Map<T>(p->coef, p->coef, op); });
+  };
+  void **slots = Entries<void *>(m);
+  for (long long k = 0; k < MatCount(m); k++) {
+    if (IsPolyClass(m->cls)) {
+      apply(static_cast<Polynomial *>(slots[k]));
+    } else {
+      Rational *r = static_cast<Rational *>(slots[k]);
+      apply(r->nume);
+      if (!numerator_only) apply(r->deno);
+    }
+  }
+  return m;
+}
+
+// The plain complex product (no recovery of infinities and NaNs, which the
+// library routine would spend a call per element on).
+inline double MulAdd(double c, double a, double b) { return c + a * b; }
+inline Complexd MulAdd(Complexd c, Complexd a, Complexd b) {
+  return {c.real() + a.real() * b.real() - a.imag() * b.imag(),
+          c.imag() + a.real() * b.imag() + a.imag() * b.real()};
+}
+
+// The product c = a b in the order i, k, j: the inner loop runs along rows of
+// b and c, so no stride of a column is taken there.
+template <class T>
+void Product(Matrix *c, Matrix *a, Matrix *b) {
+  int n = a->rows, m = a->cols, p = b->cols;
+  T *pc = Entries<T>(c);
+  const T *pa = Entries<T>(a);
+  const T *pb = Entries<T>(b);
+  for (long long k = 0; k < static_cast<long long>(n) * p; k++) pc[k] = T(0);
+  for (int i = 0; i < n; i++) {
+    T *ci = pc + static_cast<long long>(i) * p;
+    for (int k = 0; k < m; k++) {
+      const T aik = pa[static_cast<long long>(i) * m + k];
+      const T *bk = pb + static_cast<long long>(k) * p;
+      for (int j = 0; j < p; j++) ci[j] = MulAdd(ci[j], aik, bk[j]);
+    }
+  }
+}
+
+}  // namespace velk_matrix
+
+#endif
