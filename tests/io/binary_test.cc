@@ -224,19 +224,15 @@ TEST(BinaryTest, EveryPrecisionOfBothVersions) {
                                       << (big ? " foreign" : ""));
       Bytes rec;
       rec.big = big;
+      // A version 4 type word carries no machine mark, so its byte order cannot show.
+      if (big && c.version == 4) continue;
       uint32_t type = (c.version == 5 ? 0x20000000u : 0u) | static_cast<uint32_t>(c.precision) |
                       (c.version == 5 ? 7u : 0u);
-      if (big && c.version == 4) type |= 0x10;  // a foreign version 4 record needs a mark to show
       if (c.version == 5) rec.Word(0xFFFFFFFF).Word(5).Word(0);
       rec.Word(type).Word(1).Word(2).Word(0).Word(2).Text("p", 2);
       c.emit(rec, c.a, c.b);
       FILE *f = rec.Stream();
       Matrix *m = Kept(MatDef("", 0, 0));
-      if (big && c.version == 4) {
-        fclose(f);
-        MatUndef(m);
-        continue;
-      }
       MatRead(m, f, 7);
       fclose(f);
       ASSERT_EQ(m->cols, 2);
