@@ -1,7 +1,4 @@
 // velk-edit: edits each matrix text file named on the command line.
-#include "core/matrix.h"
+#include "editor/entry.h"
 
-int main() {
-  MatInit();
-  return 0;
-}
+int main(int argc, char **argv) { return VelkEditMain(argc, argv); }
