@@ -39,6 +39,7 @@ class Constructors : public testing::Test {
     MatInit();
     RatInit();
     CompInit();
+    MatSweepAll();  // whatever earlier tests left behind
     live_ = MatRegistryCheck();
     complex_live_ = CompRegistryCheck();
   }
