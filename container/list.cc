@@ -126,16 +126,6 @@ List *ListDef(const char *name, int length) {
   return l;
 }
 
-List *ListSetName(List *l, const char *name) {
-  SetRecordName(&l->name, name);
-  return l;
-}
-
-List *ListSetStatus(List *l, int status) {
-  l->status = static_cast<short>(status);
-  return l;
-}
-
 void ListDestroy(List *l) {
   reg.Destroy(l, FreeContents, [] { ListError("ListDestroy()", "Duplicate destroying", nullptr); });
 }
@@ -145,11 +135,6 @@ void ListUndef(List *l) {
             [] { ListError("ListUndef()", "Duplicate undefining", nullptr); });
 }
 
-void ListUndefChain(List *l) { Registry<List>::UndefChain(l, ListUndef); }
-void ListSweep() {
-  if (reg.Ready()) reg.Sweep(ListUndef);
-}
-void ListUnmark(List *l) { Registry<List>::Unmark(l); }
 
 int ListOwnedStatus(int cls) {
   switch (cls) {
@@ -223,17 +208,10 @@ List *ListAssign(List *dst, List *src) {
   return dst;
 }
 
-List *ListOwn(List *l, int status) {
-  reg.Own(l, status);
-  return l;
-}
-void ListRelease(List *l) {
-  reg.Append(l);
-  ListUndef(l);
-}
 
-long ListRegistryCheck() { return reg.Ready() ? reg.Check() : 0; }
 int ListPoolCount(int length) {
   int slot = Slot(length);
   return reg.Ready() && slot >= 0 ? reg.pool_count[slot] : 0;
 }
+
+VELK_DEFINE_REGISTRY_ENTRIES(List, List, reg)

@@ -86,16 +86,6 @@ String *vkStringSetText(String *s, const char *text) {
   return s;
 }
 
-String *vkStringSetName(String *s, const char *name) {
-  SetRecordName(&s->name, name);
-  return s;
-}
-
-String *vkStringSetStatus(String *s, int status) {
-  s->status = status;
-  return s;
-}
-
 void vkStringDestroy(String *s) {
   reg.Destroy(s, FreeText, [] {
     vkStringError("vkStringDestroy()", "Duplicate destroying", nullptr);
@@ -108,11 +98,6 @@ void vkStringUndef(String *s) {
   });
 }
 
-void vkStringUndefChain(String *s) { Registry<String>::UndefChain(s, vkStringUndef); }
-void vkStringSweep() {
-  if (reg.Ready()) reg.Sweep(vkStringUndef);
-}
-void vkStringUnmark(String *s) { Registry<String>::Unmark(s); }
 
 String *vkStringCopyAll(String *dst, String *src) {
   if (dst->text != nullptr && dst->length == src->length) {
@@ -148,14 +133,10 @@ String *vkStringLet(String *dst, String *src) {
   return dst;
 }
 
-String *vkStringOwn(String *s, int status) { return reg.Own(s, status); }
-void vkStringRelease(String *s) {
-  reg.Append(s);
-  vkStringUndef(s);
-}
 
-long vkStringRegistryCheck() { return reg.Ready() ? reg.Check() : 0; }
 int vkStringPoolCount(int length) {
   int slot = Slot(length);
   return reg.Ready() && slot >= 0 ? reg.pool_count[slot] : 0;
 }
+
+VELK_DEFINE_REGISTRY_ENTRIES(vkString, String, reg)

@@ -183,20 +183,10 @@ Matrix *P_MatDef(const char *name, int rows, int cols) {
 Matrix *R_MatDef(const char *name, int rows, int cols) {
   return DefineChecked(name, rows, cols, kRat, false, "R_MatDef()");
 }
-
-Matrix *MatSetStatus(Matrix *m, int status) {
-  m->status = status;
-  return m;
-}
 Matrix *MatSetClass(Matrix *m, int cls) {
   m->cls = cls;
   return m;
 }
-Matrix *MatSetName(Matrix *m, const char *name) {
-  SetRecordName(&m->name, name);
-  return m;
-}
-
 // Classes 3 and 5 come from a definition of 2 or 4 with the class set after.
 static Matrix *SameClass(Matrix *m, int rows, int cols, bool zero, const char *location) {
   static const char *const kDefLocation[kClasses] = {"MatDef()",   "C_MatDef()", "P_MatDef()",
@@ -250,19 +240,9 @@ void MatDestroy(Matrix *m) {
   reg.Destroy(m, FreeStorage, [] { MatError("MatDestroy()", "Duplicate destroying", MatDef("", 0, 0)); });
 }
 
-void MatUndefChain(Matrix *m) { Registry<Matrix>::UndefChain(m, MatUndef); }
-void MatSweep() {
-  if (reg.Ready()) reg.Sweep(MatUndef);
-}
-void MatUnmark(Matrix *m) { Registry<Matrix>::Unmark(m); }
 void MatSweepAll() { SweepInOrder(kSweepAllOrder); }
 
-Matrix *MatOwn(Matrix *m, int status) { return reg.Own(m, status); }
 
-void MatRelease(Matrix *m) {
-  reg.Append(m);
-  MatUndef(m);
-}
 
 // ---- copy, exchange, assignment ----
 
@@ -378,9 +358,10 @@ Matrix *MatSwap(Matrix *a, Matrix *b) {
   return a;
 }
 
-long MatRegistryCheck() { return reg.Ready() ? reg.Check() : 0; }
 int MatPoolCount(long long elements, int cls) {
   int slot = Slot(elements, cls);
   return slot < 0 ? 0 : reg.pool_count[slot];
 }
 Matrix *MatRegistryTail() { return reg.tail; }
+
+VELK_DEFINE_REGISTRY_ENTRIES(Mat, Matrix, reg)

@@ -152,7 +152,7 @@ struct Registry {
   // kind's own undefine can pool it.
   R *Own(R *r, int status) {
     Unlink(r);
-    r->status = status;
+    r->status = static_cast<decltype(r->status)>(status);
     return r;
   }
 
@@ -208,6 +208,30 @@ struct Registry {
     return live - 1;
   }
 };
+
+// The thin entries every kind offers over its registry `reg` and its undefine
+// `Prefix##Undef`: naming, status, chains, sweeps, marks, ownership and the
+// debug walk.
+#define VELK_DEFINE_REGISTRY_ENTRIES(Prefix, Type, reg)              \
+  Type *Prefix##SetName(Type *r, const char *name) {                 \
+    SetRecordName(&r->name, name);                                   \
+    return r;                                                        \
+  }                                                                  \
+  Type *Prefix##SetStatus(Type *r, int status) {                     \
+    r->status = static_cast<decltype(r->status)>(status);            \
+    return r;                                                        \
+  }                                                                  \
+  void Prefix##UndefChain(Type *r) { Registry<Type>::UndefChain(r, Prefix##Undef); } \
+  void Prefix##Sweep() {                                             \
+    if (reg.Ready()) reg.Sweep(Prefix##Undef);                       \
+  }                                                                  \
+  void Prefix##Unmark(Type *r) { Registry<Type>::Unmark(r); }        \
+  Type *Prefix##Own(Type *r, int status) { return reg.Own(r, status); } \
+  void Prefix##Release(Type *r) {                                    \
+    reg.Append(r);                                                   \
+    Prefix##Undef(r);                                                \
+  }                                                                  \
+  long Prefix##RegistryCheck() { return reg.Ready() ? reg.Check() : 0; }
 
 // Replaces *name by a copy of text, keeping the old buffer when the lengths
 // agree (a pooled record's name buffer is reused that way).

@@ -48,16 +48,6 @@ Complex *CompDef(const char *name, double re, double im) {
   return c;
 }
 
-Complex *CompSetName(Complex *c, const char *name) {
-  SetRecordName(&c->name, name);
-  return c;
-}
-
-Complex *CompSetStatus(Complex *c, int status) {
-  c->status = status;
-  return c;
-}
-
 void CompDestroy(Complex *c) {
   reg.Destroy(c, [](Complex *) {}, [] {
     CompError("CompDestroy()", "Duplicate destroying", CompDef("", 0, 0));
@@ -70,11 +60,6 @@ void CompUndef(Complex *c) {
   });
 }
 
-void CompUndefChain(Complex *c) { Registry<Complex>::UndefChain(c, CompUndef); }
-void CompSweep() {
-  if (reg.Ready()) reg.Sweep(CompUndef);
-}
-void CompUnmark(Complex *c) { Registry<Complex>::Unmark(c); }
 
 Complex *CompDup(Complex *c) { return CompDef("", c->re, c->im); }
 
@@ -112,11 +97,7 @@ Complex *CompLet(Complex *dst, Complex *src) {
   return dst;
 }
 
-Complex *CompOwn(Complex *c, int status) { return reg.Own(c, status); }
-void CompRelease(Complex *c) {
-  reg.Append(c);
-  CompUndef(c);
-}
 
-long CompRegistryCheck() { return reg.Ready() ? reg.Check() : 0; }
 int CompPoolCount() { return reg.Ready() ? reg.pool_count[0] : 0; }
+
+VELK_DEFINE_REGISTRY_ENTRIES(Comp, Complex, reg)

@@ -96,19 +96,9 @@ Polynomial *C_PolyDef(const char *name, int degree, const char *variable) {
   return Define(name, degree, variable, 1);
 }
 
-Polynomial *PolySetName(Polynomial *p, const char *name) {
-  SetRecordName(&p->name, name);
-  return p;
-}
-
 Polynomial *PolySetVariable(Polynomial *p, const char *variable) {
   if (p->variable != nullptr) efree(p->variable);
   p->variable = (variable != nullptr && variable[0] != '\0') ? StringDup(variable) : nullptr;
-  return p;
-}
-
-Polynomial *PolySetStatus(Polynomial *p, int status) {
-  p->status = status;
   return p;
 }
 
@@ -126,11 +116,6 @@ void PolyUndef(Polynomial *p) {
   });
 }
 
-void PolyUndefChain(Polynomial *p) { Registry<Polynomial>::UndefChain(p, PolyUndef); }
-void PolySweep() {
-  if (reg.Ready()) reg.Sweep(PolyUndef);
-}
-void PolyUnmark(Polynomial *p) { Registry<Polynomial>::Unmark(p); }
 
 Polynomial *PolyAssign(Polynomial *dst, Polynomial *src) {
   if (src->degree == -1) {
@@ -190,14 +175,10 @@ Polynomial *PolySwap(Polynomial *a, Polynomial *b) {
   return a;
 }
 
-Polynomial *PolyOwn(Polynomial *p, int status) { return reg.Own(p, status); }
-void PolyRelease(Polynomial *p) {
-  reg.Append(p);
-  PolyUndef(p);
-}
 
-long PolyRegistryCheck() { return reg.Ready() ? reg.Check() : 0; }
 int PolyPoolCount(int degree, int kind) {
   int slot = Slot(degree, kind);
   return reg.Ready() && slot >= 0 ? reg.pool_count[slot] : 0;
 }
+
+VELK_DEFINE_REGISTRY_ENTRIES(Poly, Polynomial, reg)

@@ -73,16 +73,6 @@ void RatInit() {
 Rational *RatDef(const char *name, int nd, int dd) { return Define(name, nd, dd, 0); }
 Rational *C_RatDef(const char *name, int nd, int dd) { return Define(name, nd, dd, 1); }
 
-Rational *RatSetName(Rational *r, const char *name) {
-  SetRecordName(&r->name, name);
-  return r;
-}
-
-Rational *RatSetStatus(Rational *r, int status) {
-  r->status = status;
-  return r;
-}
-
 void RatDestroy(Rational *r) {
   reg.Destroy(r, ReleaseParts, [] { RatError("RatDestroy()", "Duplicate destroying", nullptr); });
 }
@@ -92,11 +82,6 @@ void RatUndef(Rational *r) {
             [] { RatError("RatUndef()", "Duplicate undefining", nullptr); });
 }
 
-void RatUndefChain(Rational *r) { Registry<Rational>::UndefChain(r, RatUndef); }
-void RatSweep() {
-  if (reg.Ready()) reg.Sweep(RatUndef);
-}
-void RatUnmark(Rational *r) { Registry<Rational>::Unmark(r); }
 
 // Copies one part into an owned polynomial of the destination.
 static void AssignPart(Polynomial *&dst, Polynomial *src) {
@@ -170,11 +155,7 @@ Rational *RatSwap(Rational *a, Rational *b) {
   return a;
 }
 
-Rational *RatOwn(Rational *r, int status) { return reg.Own(r, status); }
-void RatRelease(Rational *r) {
-  reg.Append(r);
-  RatUndef(r);
-}
 
-long RatRegistryCheck() { return reg.Ready() ? reg.Check() : 0; }
 int RatPoolCount() { return reg.Ready() ? reg.pool_count[0] : 0; }
+
+VELK_DEFINE_REGISTRY_ENTRIES(Rat, Rational, reg)
