@@ -252,11 +252,18 @@ Matrix *BuildMatrix(const Shape &s, const std::vector<double> &values) {
     std::copy(values.begin(), values.end(), d);
     return m;
   }
-  const size_t width = s.complex ? 2 : 1;
   const double *from = values.data();
-  for (size_t k = 0; k < static_cast<size_t>(cols); k++)
-    for (size_t n = 0; n < static_cast<size_t>(rows); n++, from += width)
-      std::copy(from, from + width, d + (n * cols + k) * width);
+  const size_t stride = static_cast<size_t>(cols);
+  for (size_t k = 0; k < stride; k++) {
+    if (s.complex) {
+      for (size_t n = 0; n < static_cast<size_t>(rows); n++, from += 2) {
+        d[2 * (n * stride + k)] = from[0];
+        d[2 * (n * stride + k) + 1] = from[1];
+      }
+    } else {
+      for (size_t n = 0; n < static_cast<size_t>(rows); n++) d[n * stride + k] = *from++;
+    }
+  }
   return m;
 }
 
