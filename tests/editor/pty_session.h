@@ -250,6 +250,7 @@ class PtySession {
   }
 
   bool exited() { return Reap(); }
+  pid_t pid() const { return pid_; }
 
   // The terminal's modes as the program left them.
   termios Modes() const {
