@@ -1,7 +1,6 @@
 #include "core/constructors.h"
 
 #include <cmath>
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
@@ -114,16 +113,6 @@ void ReleaseElement(int cls, void *e) {
 
 // ---- constructors ----------------------------------------------------------------
 
-// Writes a constructor's label into the buffer, only when the size is negative
-// (the definition then reports).
-void LabelNegative(int rows, int cols, const char *format, ...) {
-  if (rows >= 0 && cols >= 0) return;
-  va_list ap;
-  va_start(ap, format);
-  vsnprintf(MatMessageBuffer, kMessageSize, format, ap);
-  va_end(ap);
-}
-
 // A real or complex matrix with every element `fill`, or zeros with `fill` on
 // the diagonal.
 Matrix *Constant(int rows, int cols, int cls, const char *location, ComplexValue fill,
@@ -140,13 +129,32 @@ Matrix *Constant(int rows, int cols, int cls, const char *location, ComplexValue
   return m;
 }
 
-constexpr ComplexValue kZero = {0.0, 0.0};
-constexpr ComplexValue kOne = {1.0, 0.0};
+// The constant constructors of both layers: the label written on a negative
+// size (square forms show one size), the value, and where it goes.
+struct Form {
+  const char *label;
+  bool square;
+  bool one;  // 1 (1 + 0i) rather than 0
+  bool diagonal;
+};
+constexpr Form kZeros = {"Z(%d, %d)", false, false, false};
+constexpr Form kSquareZeros = {"Z(%d)", true, false, false};
+constexpr Form kIdentity = {"I(%d, %d)", false, true, true};
+constexpr Form kSquareIdentity = {"I(%d)", true, true, true};
+constexpr Form kOnes = {"ONE(%d, %d)", false, true, false};
 
-// The complex constant 1 + 0i travels as a temporary Complex, undefined after use.
-Matrix *ComplexOneConstant(int rows, int cols, const char *location, bool diagonal) {
-  Complex *one = CompDef("", kOne.re, kOne.im);
-  Matrix *m = Constant(rows, cols, kComplex, location, {one->re, one->im}, diagonal);
+Matrix *Build(const Form &form, int cls, int rows, int cols, const char *location) {
+  if (rows < 0 || cols < 0) {
+    if (form.square)
+      MatSetMessage(form.label, rows);
+    else
+      MatSetMessage(form.label, rows, cols);
+  }
+  if (!form.one) return Constant(rows, cols, cls, location, {0.0, 0.0}, form.diagonal);
+  if (cls == kReal) return Constant(rows, cols, cls, location, {1.0, 0.0}, form.diagonal);
+  // The complex constant 1 + 0i travels as a temporary Complex, undefined after use.
+  Complex *one = CompDef("", 1.0, 0.0);
+  Matrix *m = Constant(rows, cols, cls, location, {one->re, one->im}, form.diagonal);
   CompUndef(one);
   return m;
 }
@@ -289,7 +297,7 @@ T GetValueOne(Matrix *m) {
     MatSetMessage("Real(%s(%dx%d))", m->name, m->rows, m->cols);
     MatWarning(Twin<T>::one, "Not a one by one matrix", m);
   }
-  if (MatCount(m) == 0 || KindOf(m->cls) != 0) return Twin<T>::From(kZero);
+  if (MatCount(m) == 0 || KindOf(m->cls) != 0) return Twin<T>::From({0.0, 0.0});
   return Twin<T>::From(ValueAt(m, 0));
 }
 
@@ -357,49 +365,25 @@ void MatCopyElements(Matrix *dst, long long k, Matrix *src, long long l, long lo
 
 // ---- constructors ------------------------------------------------------------------
 
-Matrix *MatZDef(int n) {
-  LabelNegative(n, n, "Z(%d)", n);
-  return Constant(n, n, kReal, "MatZDef()", kZero, false);
-}
-Matrix *MatZDef2(int rows, int cols) {
-  LabelNegative(rows, cols, "Z(%d, %d)", rows, cols);
-  return Constant(rows, cols, kReal, "MatZDef2()", kZero, false);
-}
-Matrix *MatIDef(int n) {
-  LabelNegative(n, n, "I(%d)", n);
-  return Constant(n, n, kReal, "MatIDef()", kOne, true);
-}
-Matrix *MatIDef2(int rows, int cols) {
-  LabelNegative(rows, cols, "I(%d, %d)", rows, cols);
-  return Constant(rows, cols, kReal, "MatIDef2()", kOne, true);
-}
-Matrix *MatOneDef(int rows, int cols) {
-  LabelNegative(rows, cols, "ONE(%d, %d)", rows, cols);
-  return Constant(rows, cols, kReal, "MatOneDef()", kOne, false);
-}
+Matrix *MatZDef(int n) { return Build(kSquareZeros, kReal, n, n, "MatZDef()"); }
+Matrix *MatZDef2(int rows, int cols) { return Build(kZeros, kReal, rows, cols, "MatZDef2()"); }
+Matrix *MatIDef(int n) { return Build(kSquareIdentity, kReal, n, n, "MatIDef()"); }
+Matrix *MatIDef2(int rows, int cols) { return Build(kIdentity, kReal, rows, cols, "MatIDef2()"); }
+Matrix *MatOneDef(int rows, int cols) { return Build(kOnes, kReal, rows, cols, "MatOneDef()"); }
 Matrix *MatFillDef(int rows, int cols, double value) {
   return Constant(rows, cols, kReal, "MatFillDef()", {value, 0.0}, false);
 }
 
-Matrix *C_MatZDef(int n) {
-  LabelNegative(n, n, "Z(%d)", n);
-  return Constant(n, n, kComplex, "C_MatZDef()", kZero, false);
-}
+Matrix *C_MatZDef(int n) { return Build(kSquareZeros, kComplex, n, n, "C_MatZDef()"); }
 Matrix *C_MatZDef2(int rows, int cols) {
-  LabelNegative(rows, cols, "Z(%d, %d)", rows, cols);
-  return Constant(rows, cols, kComplex, "C_MatZDef2()", kZero, false);
+  return Build(kZeros, kComplex, rows, cols, "C_MatZDef2()");
 }
-Matrix *C_MatIDef(int n) {
-  LabelNegative(n, n, "I(%d)", n);
-  return ComplexOneConstant(n, n, "C_MatIDef()", true);
-}
+Matrix *C_MatIDef(int n) { return Build(kSquareIdentity, kComplex, n, n, "C_MatIDef()"); }
 Matrix *C_MatIDef2(int rows, int cols) {
-  LabelNegative(rows, cols, "I(%d, %d)", rows, cols);
-  return ComplexOneConstant(rows, cols, "C_MatIDef2()", true);
+  return Build(kIdentity, kComplex, rows, cols, "C_MatIDef2()");
 }
 Matrix *C_MatOneDef(int rows, int cols) {
-  LabelNegative(rows, cols, "ONE(%d, %d)", rows, cols);
-  return ComplexOneConstant(rows, cols, "C_MatOneDef()", false);
+  return Build(kOnes, kComplex, rows, cols, "C_MatOneDef()");
 }
 Matrix *C_MatFillDef(int rows, int cols, Complex *value) {
   return Constant(rows, cols, kComplex, "C_MatFillDef()", {value->re, value->im}, false);
