@@ -46,9 +46,8 @@ void NaiveProduct(Matrix *c, Matrix *a, Matrix *b) {
 
 void Report(benchmark::State &state, int n, int cls) {
   double flops = (cls == kComplex ? 8.0 : 2.0) * n * n * n;
-  state.counters["GFLOP"] =
-      benchmark::Counter(flops * static_cast<double>(state.iterations()) / 1e9,
-                         benchmark::Counter::kIsRate);
+  state.counters["GFLOP"] = benchmark::Counter(
+      flops * static_cast<double>(state.iterations()) / 1e9, benchmark::Counter::kIsRate);
 }
 
 void BM_MatMul(benchmark::State &state, int cls) {

@@ -277,11 +277,13 @@ Matrix *SetVecValue(Matrix *m, int k, T value) {
     char index[16];
     snprintf(index, sizeof index, "%d", k);
     LabelAssignment(m, index, value);
-    MatError(Twin<T>::set_vec, m->cls != Twin<T>::cls ? Twin<T>::wrong_class : "Not a suitable index",
-             m);
+    MatError(Twin<T>::set_vec,
+             m->cls != Twin<T>::cls ? Twin<T>::wrong_class : "Not a suitable index", m);
     return m;
   }
   if (k > MatCount(m)) {
+    // A vector keeps its orientation; a wider matrix keeps its columns and
+    // takes whole rows. Either way old entries keep their storage positions.
     if (m->rows == 1 || m->cols == 0)
       Grow(m, 1, k);
     else
@@ -390,14 +392,14 @@ Matrix *C_MatFillDef(int rows, int cols, Complex *value) {
 }
 
 Matrix *P_MatFillDef(int rows, int cols, Polynomial *p) {
-  return ElementFill(rows, cols, p->kind == 1 ? kCompPoly : kPoly, "P_MatFillDef()",
-                     [](void *v) -> void * { return PolyOwn(PolyDup(static_cast<Polynomial *>(v)), 3); },
-                     p);
+  return ElementFill(
+      rows, cols, p->kind == 1 ? kCompPoly : kPoly, "P_MatFillDef()",
+      [](void *v) -> void * { return PolyOwn(PolyDup(static_cast<Polynomial *>(v)), 3); }, p);
 }
 Matrix *R_MatFillDef(int rows, int cols, Rational *r) {
-  return ElementFill(rows, cols, r->kind == 1 ? kCompRat : kRat, "R_MatFillDef()",
-                     [](void *v) -> void * { return RatOwn(RatDup(static_cast<Rational *>(v)), 2); },
-                     r);
+  return ElementFill(
+      rows, cols, r->kind == 1 ? kCompRat : kRat, "R_MatFillDef()",
+      [](void *v) -> void * { return RatOwn(RatDup(static_cast<Rational *>(v)), 2); }, r);
 }
 
 Matrix *C_MatMulDef(Matrix *a, Matrix *b) { return ProductShape(a, b, kComplex, "C_MatMulDef()"); }

@@ -15,11 +15,11 @@
 
 // ---- real constructors -------------------------------------------------------
 
-Matrix *MatZDef(int n);                      // n x n zeros
-Matrix *MatZDef2(int rows, int cols);        // zeros
-Matrix *MatIDef(int n);                      // n x n identity
-Matrix *MatIDef2(int rows, int cols);        // 1.0 at (k, k), k = 1 .. min(rows, cols)
-Matrix *MatOneDef(int rows, int cols);       // every element 1.0
+Matrix *MatZDef(int n);                 // n x n zeros
+Matrix *MatZDef2(int rows, int cols);   // zeros
+Matrix *MatIDef(int n);                 // n x n identity
+Matrix *MatIDef2(int rows, int cols);   // 1.0 at (k, k), k = 1 .. min(rows, cols)
+Matrix *MatOneDef(int rows, int cols);  // every element 1.0
 Matrix *MatFillDef(int rows, int cols, double value);
 
 // ---- complex constructors ----------------------------------------------------

@@ -92,8 +92,7 @@ Matrix *MatMulElem(Matrix *a, Matrix *b) {
                      std::multiplies<>{});
 }
 Matrix *MatDivElem(Matrix *a, Matrix *b) {
-  return Elementwise("MatDivElem()", "%s(%dx%d) ./ %s(%dx%d)", a, b, MatDivElem,
-                     std::divides<>{});
+  return Elementwise("MatDivElem()", "%s(%dx%d) ./ %s(%dx%d)", a, b, MatDivElem, std::divides<>{});
 }
 
 Matrix *MatMul(Matrix *a, Matrix *b) {
@@ -143,37 +142,43 @@ Matrix *MatRemElemEach(Matrix *a, Matrix *b) {
 // ---- a matrix and a scalar --------------------------------------------------------
 
 Matrix *MatAdd_double(Matrix *m, double x) {
-  Front f{"MatAdd_double()", [=] { MatSetMessage("%s(%dx%d) .+ %g", m->name, m->rows, m->cols, x); }};
+  Front f{"MatAdd_double()",
+          [=] { MatSetMessage("%s(%dx%d) .+ %g", m->name, m->rows, m->cols, x); }};
   return EachElement(f, m, [x](auto v) { return v + x; });
 }
 
 Matrix *MatAdd_Complex(Matrix *m, Complex *z) {
   Front f{"MatAdd_Complex()", [=] {
-            MatSetMessage("%s(%dx%d) .+ %s(%g,%g)", m->name, m->rows, m->cols, z->name, z->re, z->im);
+            MatSetMessage("%s(%dx%d) .+ %s(%g,%g)", m->name, m->rows, m->cols, z->name, z->re,
+                          z->im);
           }};
   return EachElementComplex(f, m, [w = ValueOf(z)](Complexd v) { return v + w; });
 }
 
 Matrix *MatSub_double(Matrix *m, double x) {
-  Front f{"MatSub_double()", [=] { MatSetMessage("%s(%dx%d) .- %g", m->name, m->rows, m->cols, x); }};
+  Front f{"MatSub_double()",
+          [=] { MatSetMessage("%s(%dx%d) .- %g", m->name, m->rows, m->cols, x); }};
   return EachElement(f, m, [x](auto v) { return v - x; });
 }
 
 Matrix *MatSub_double(double x, Matrix *m) {
-  Front f{"MatSub_double()", [=] { MatSetMessage("%g .- %s(%dx%d)", x, m->name, m->rows, m->cols); }};
+  Front f{"MatSub_double()",
+          [=] { MatSetMessage("%g .- %s(%dx%d)", x, m->name, m->rows, m->cols); }};
   return EachElement(f, m, [x](auto v) { return x - v; });
 }
 
 Matrix *MatSub_Complex(Matrix *m, Complex *z) {
   Front f{"MatSub_Complex()", [=] {
-            MatSetMessage("%s(%dx%d) .- %s(%g,%g)", m->name, m->rows, m->cols, z->name, z->re, z->im);
+            MatSetMessage("%s(%dx%d) .- %s(%g,%g)", m->name, m->rows, m->cols, z->name, z->re,
+                          z->im);
           }};
   return EachElementComplex(f, m, [w = ValueOf(z)](Complexd v) { return v - w; });
 }
 
 Matrix *MatSub_Complex(Complex *z, Matrix *m) {
   Front f{"MatSub_Complex()", [=] {
-            MatSetMessage("%s(%g,%g) .- %s(%dx%d)", z->name, z->re, z->im, m->name, m->rows, m->cols);
+            MatSetMessage("%s(%g,%g) .- %s(%dx%d)", z->name, z->re, z->im, m->name, m->rows,
+                          m->cols);
           }};
   return EachElementComplex(f, m, [w = ValueOf(z)](Complexd v) { return w - v; });
 }
@@ -185,8 +190,9 @@ Matrix *MatScale(Matrix *m, double x) {
 
 Matrix *MatScaleSelf(Matrix *m, double x) {
   Front f{"MatScaleSelf()", [=] { MatSetMessage("%s(%dx%d) * %g", m->name, m->rows, m->cols, x); }};
-  return Unary(f, m, [](Matrix *a) { return a; },
-               [&]<class T>(Type<T>, Matrix *c) { Map<T>(c, c, [x](T v) { return v * x; }); });
+  return Unary(
+      f, m, [](Matrix *a) { return a; },
+      [&]<class T>(Type<T>, Matrix *c) { Map<T>(c, c, [x](T v) { return v * x; }); });
 }
 
 Matrix *MatScaleC(Matrix *m, Complex *z) {
@@ -195,7 +201,8 @@ Matrix *MatScaleC(Matrix *m, Complex *z) {
     return FailWith("MatScaleC()", "Scale is null complex", m, nullptr);
   }
   Front f{"MatScaleC()", [=] {
-            MatSetMessage("%s(%dx%d) * %s(%g,%g)", m->name, m->rows, m->cols, z->name, z->re, z->im);
+            MatSetMessage("%s(%dx%d) * %s(%g,%g)", m->name, m->rows, m->cols, z->name, z->re,
+                          z->im);
           }};
   return EachElementComplex(f, m, [w = ValueOf(z)](Complexd v) { return v * w; });
 }
@@ -249,7 +256,8 @@ Matrix *MatPowElemToReal(Matrix *m, Complex *z) {
 }
 
 Matrix *MatRemElem(Matrix *m, double x) {
-  Front f{"MatRemElem()", [=] { MatSetMessage("rem(%s(%dx%d), %g)", m->name, m->rows, m->cols, x); }};
+  Front f{"MatRemElem()",
+          [=] { MatSetMessage("rem(%s(%dx%d), %g)", m->name, m->rows, m->cols, x); }};
   if (!RealOnly(f, m)) return MatDef("", 0, 0);
   Matrix *c = MatSameDef(m);
   Map<double>(c, m, [x](double v) { return std::fmod(v, x); });

@@ -99,8 +99,9 @@ Matrix *Part(Matrix *a, bool imag) {
 }  // namespace
 
 Matrix *MatCut(Matrix *a, int r1, int c1, int r2, int c2) {
-  Front f{"MatCut()",
-          [=] { MatSetMessage("%s(%dx%d)(%d:%d,%d:%d)", a->name, a->rows, a->cols, r1, r2, c1, c2); }};
+  Front f{"MatCut()", [=] {
+            MatSetMessage("%s(%dx%d)(%d:%d,%d:%d)", a->name, a->rows, a->cols, r1, r2, c1, c2);
+          }};
   if (a->rows == 0 || a->cols == 0) return f.Fail("Zero-size matrix", a);
   // Deliberately no test of r2 >= r1 or c2 >= c1: r1 - 1 and c1 - 1 give an empty block.
   if (!(c1 > 0 && r1 > 0 && r1 <= a->rows && c1 <= a->cols && c2 <= a->cols && r2 <= a->rows)) {

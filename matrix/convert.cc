@@ -26,9 +26,8 @@ bool IsMatrixKind(int c) { return c == kReal || c == kComplex; }
 
 enum Step : unsigned char { kKeep, kToComp, kToPoly, kCompToPoly, kToRat, kCompToRat, kPolyToRat };
 
-Matrix *(*const kConversion[])(Matrix *) = {nullptr,       MatRealToComp, MatRealToPoly,
-                                            MatCompToPoly, MatRealToRat,  MatCompToRat,
-                                            MatPolyToRat};
+Matrix *(*const kConversion[])(Matrix *) = {
+    nullptr, MatRealToComp, MatRealToPoly, MatCompToPoly, MatRealToRat, MatCompToRat, MatPolyToRat};
 
 // What each operand goes through, innermost conversion first.
 struct Cell {
@@ -40,6 +39,7 @@ struct Cell {
 // complex-source conversions (cells (0, 3) and (0, 5)) where column 0 uses the
 // real ones; both roads end in the same class and values, and the table is
 // kept as it is.
+// clang-format off
 constexpr Cell kPromotion[6][6] = {
     {{}, {{kToComp}, {}}, {{kToPoly}, {}}, {{kCompToPoly, kToComp}, {}}, {{kToRat}, {}},
      {{kCompToRat, kToComp}, {}}},
@@ -54,6 +54,7 @@ constexpr Cell kPromotion[6][6] = {
     {{{}, {kToRat, kToComp}}, {{}, {kCompToRat}}, {{}, {kPolyToRat, kToComp}}, {{}, {kPolyToRat}},
      {{}, {kToComp}}, {}},
 };
+// clang-format on
 
 Matrix *Apply(const Step (&steps)[2], Matrix *m) {
   for (Step s : steps)
@@ -82,10 +83,9 @@ Matrix *NotAvailableYet(const char *location, const char *what, Matrix *a, Matri
 }
 
 Matrix *ArithmeticPending(const char *location, Matrix *a, Matrix *b) {
-  return NotAvailableYet(location,
-                         IsPolyClass(a->cls) ? "Polynomial matrix arithmetic"
-                                             : "Rational matrix arithmetic",
-                         a, b);
+  return NotAvailableYet(
+      location, IsPolyClass(a->cls) ? "Polynomial matrix arithmetic" : "Rational matrix arithmetic",
+      a, b);
 }
 
 }  // namespace velk_matrix

@@ -116,17 +116,20 @@ TEST_F(Constructors, ProductShapes) {
 
 TEST_F(ConstructorsDeathTest, NegativeSizesAndProductShapes) {
   const char *msg = "Not appropriate column or row number";
-  EXPECT_EXIT(MatZDef(-1), testing::ExitedWithCode(0), Fatal(std::string("Z(-1) : ") + msg + " in MatZDef()."));
+  EXPECT_EXIT(MatZDef(-1), testing::ExitedWithCode(0),
+              Fatal(std::string("Z(-1) : ") + msg + " in MatZDef()."));
   EXPECT_EXIT(MatZDef2(2, -3), testing::ExitedWithCode(0),
               Fatal(std::string("Z(2, -3) : ") + msg + " in MatZDef2()."));
-  EXPECT_EXIT(MatIDef(-2), testing::ExitedWithCode(0), Fatal(std::string("I(-2) : ") + msg + " in MatIDef()."));
+  EXPECT_EXIT(MatIDef(-2), testing::ExitedWithCode(0),
+              Fatal(std::string("I(-2) : ") + msg + " in MatIDef()."));
   EXPECT_EXIT(MatIDef2(-1, 0), testing::ExitedWithCode(0),
               Fatal(std::string("I(-1, 0) : ") + msg + " in MatIDef2()."));
   EXPECT_EXIT(MatOneDef(0, -1), testing::ExitedWithCode(0),
               Fatal(std::string("ONE(0, -1) : ") + msg + " in MatOneDef()."));
   EXPECT_EXIT(MatFillDef(-1, 1, 2.0), testing::ExitedWithCode(0),
               Fatal(std::string(msg) + " in MatFillDef()."));
-  EXPECT_EXIT(C_MatZDef(-4), testing::ExitedWithCode(0), Fatal(std::string("Z(-4) : ") + msg + " in C_MatZDef()."));
+  EXPECT_EXIT(C_MatZDef(-4), testing::ExitedWithCode(0),
+              Fatal(std::string("Z(-4) : ") + msg + " in C_MatZDef()."));
   EXPECT_EXIT(C_MatIDef2(1, -1), testing::ExitedWithCode(0),
               Fatal(std::string("I(1, -1) : ") + msg + " in C_MatIDef2()."));
   EXPECT_EXIT(C_MatOneDef(-1, -1), testing::ExitedWithCode(0),

@@ -34,7 +34,8 @@ std::vector<Cx> Reference(const std::vector<Cx> &a, const std::vector<Cx> &b, in
 
 void ExpectNear(const std::vector<Cx> &got, const std::vector<Cx> &want, double tol) {
   ASSERT_EQ(got.size(), want.size());
-  for (size_t k = 0; k < got.size(); k++) EXPECT_LE(std::abs(got[k] - want[k]), tol) << "entry " << k;
+  for (size_t k = 0; k < got.size(); k++)
+    EXPECT_LE(std::abs(got[k] - want[k]), tol) << "entry " << k;
 }
 
 TEST_F(Arithmetic, ProductMatchesThePlainModelOnRandomMatrices) {

@@ -153,10 +153,12 @@ TEST_F(Block, PutSweepsOtherTemporariesButNotItsOperands) {
 
 TEST_F(BlockDeathTest, PutReports) {
   Matrix *a = Real("A", 4, 4), *b = Real("B", 2, 1), *e = Real("E", 0, 0);
-  EXPECT_EXIT(MatPut(a, 0, 1, b), testing::ExitedWithCode(0),
-              Fatal("A(0:1, 1:1) is invalid sub-matrix for 'A(4 x 4)' and 'B(2 x 1)' in MatPut()."));
-  EXPECT_EXIT(MatPut(a, 2, 2, e), testing::ExitedWithCode(0),
-              Fatal("A(2:1, 2:1) is invalid sub-matrix for 'A(4 x 4)' and 'E(0 x 0)' in MatPut()."));
+  EXPECT_EXIT(
+      MatPut(a, 0, 1, b), testing::ExitedWithCode(0),
+      Fatal("A(0:1, 1:1) is invalid sub-matrix for 'A(4 x 4)' and 'B(2 x 1)' in MatPut()."));
+  EXPECT_EXIT(
+      MatPut(a, 2, 2, e), testing::ExitedWithCode(0),
+      Fatal("A(2:1, 2:1) is invalid sub-matrix for 'A(4 x 4)' and 'E(0 x 0)' in MatPut()."));
   EXPECT_EXIT(MatPut(a, 1, 1, MatSetClass(Real("X", 1, 1), 6)), testing::ExitedWithCode(0),
               Fatal("A(4x4)(1:1, 1:1) = X(1x1) : Incorrect class matrix in MatPut()."));
 }
@@ -196,8 +198,9 @@ TEST_F(BlockDeathTest, PartReports) {
               Fatal("Re(E(0x0)) : Zero-size matrix in MatRealPart()."));
   EXPECT_EXIT(MatRealPart(MatSetClass(Real("X", 1, 1), 8)), testing::ExitedWithCode(0),
               Fatal("Re(X(1x1)) : Incorrect class matrix in MatRealPart()."));
-  EXPECT_EXIT(MatRealPart(Make("R", kRat, 1, 1, {1})), testing::ExitedWithCode(0),
-              Fatal("Re(R(1x1)) : Rational matrix arithmetic is not available yet in MatRealPart()."));
+  EXPECT_EXIT(
+      MatRealPart(Make("R", kRat, 1, 1, {1})), testing::ExitedWithCode(0),
+      Fatal("Re(R(1x1)) : Rational matrix arithmetic is not available yet in MatRealPart()."));
 }
 
 }  // namespace

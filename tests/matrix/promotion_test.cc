@@ -18,6 +18,7 @@ using PromotionDeathTest = Promotion;
 // (innermost first), then b's. Row: class of a, column: class of b. Cells
 // (0, 3) and (0, 5) make a complex class at once (compToPoly, compToRat of a
 // real operand); cells (3, 0) and (5, 0) go through the real class first.
+// clang-format off
 const std::vector<int> kChain[6][6] = {
     {{}, {1}, {2}, {3, 3}, {4}, {5, 5}},
     {{1}, {}, {3, 3}, {3}, {5, 5}, {5}},
@@ -26,6 +27,7 @@ const std::vector<int> kChain[6][6] = {
     {{4}, {5, 5}, {4}, {5, 5}, {}, {5}},
     {{4, 5}, {5}, {4, 5}, {5}, {5}, {}},
 };
+// clang-format on
 
 const int kCommon[6][6] = {
     {-1, 1, 2, 3, 4, 5}, {1, -1, 3, 3, 5, 5}, {2, 3, -1, 3, 4, 5},
@@ -42,7 +44,8 @@ TEST_F(Promotion, EveryCellFollowsTheTable) {
       Matrix *before = MatRegistryTail();
       velk_matrix::Operands r = velk_matrix::Promote(a, b);
       std::vector<int> made;
-      for (Matrix *m = MatRegistryTail(); m != before; m = m->prev) made.insert(made.begin(), m->cls);
+      for (Matrix *m = MatRegistryTail(); m != before; m = m->prev)
+        made.insert(made.begin(), m->cls);
       EXPECT_EQ(made, kChain[p][q]);
       EXPECT_EQ(r.a->cls, kCommon[p][q]);
       EXPECT_EQ(r.b->cls, kCommon[p][q]);
@@ -97,10 +100,12 @@ TEST_F(PromotionDeathTest, ConvertedOperandsKeepTheNamesInLaterReports) {
   Matrix *p = Make("P", kPoly, 1, 2, {1, 2});
   Matrix *c = Comp("C", 1, 2, {Cx(0, 1), 1});
   // Class 2 with class 1 meets in class 3, whose arithmetic comes later.
-  EXPECT_EXIT(MatAdd(p, c), testing::ExitedWithCode(0),
-              Fatal("P(1x2) + C(1x2) : Polynomial matrix arithmetic is not available yet in MatAdd()."));
-  EXPECT_EXIT(MatMul(MatTrans(p), Make("R", kRat, 1, 1, {1})), testing::ExitedWithCode(0),
-              Fatal("(2x1) * R(1x1) : Rational matrix arithmetic is not available yet in MatMul()."));
+  EXPECT_EXIT(
+      MatAdd(p, c), testing::ExitedWithCode(0),
+      Fatal("P(1x2) + C(1x2) : Polynomial matrix arithmetic is not available yet in MatAdd()."));
+  EXPECT_EXIT(
+      MatMul(MatTrans(p), Make("R", kRat, 1, 1, {1})), testing::ExitedWithCode(0),
+      Fatal("(2x1) * R(1x1) : Rational matrix arithmetic is not available yet in MatMul()."));
   EXPECT_EXIT(MatPolyToRat(c), testing::ExitedWithCode(0),
               Fatal("Incorrect class matrix for 'C(1 x 2)' in MatPolyToRat()."));
   EXPECT_EXIT(MatCompToPoly(p), testing::ExitedWithCode(0),

@@ -24,7 +24,9 @@ using Cx = std::complex<double>;
 
 inline std::string Fatal(const std::string &text) { return Exact("\n" + text + "\n"); }
 
-inline Polynomial *PolyAt(Matrix *m, long long k) { return static_cast<Polynomial **>(m->elements)[k]; }
+inline Polynomial *PolyAt(Matrix *m, long long k) {
+  return static_cast<Polynomial **>(m->elements)[k];
+}
 inline Rational *RatAt(Matrix *m, long long k) { return static_cast<Rational **>(m->elements)[k]; }
 
 inline Cx Coef(Matrix *coef, int k) {
@@ -36,11 +38,15 @@ inline Cx Coef(Matrix *coef, int k) {
 // polynomial, or a constant over a constant.
 inline Cx ValueAt(Matrix *m, long long k) {
   switch (m->cls) {
-    case kReal: return MatReal(m)[k];
-    case kComplex: return {MatReal(m)[2 * k], MatReal(m)[2 * k + 1]};
+    case kReal:
+      return MatReal(m)[k];
+    case kComplex:
+      return {MatReal(m)[2 * k], MatReal(m)[2 * k + 1]};
     case kPoly:
-    case kCompPoly: return Coef(PolyAt(m, k)->coef, 0);
-    default: return Coef(RatAt(m, k)->nume->coef, 0) / Coef(RatAt(m, k)->deno->coef, 0);
+    case kCompPoly:
+      return Coef(PolyAt(m, k)->coef, 0);
+    default:
+      return Coef(RatAt(m, k)->nume->coef, 0) / Coef(RatAt(m, k)->deno->coef, 0);
   }
 }
 
@@ -80,8 +86,8 @@ inline Matrix *Comp(const char *name, int rows, int cols, std::vector<Cx> v = {}
 inline bool ElementsMatchClass(Matrix *m) {
   for (long long k = 0; k < MatCount(m); k++) {
     if (IsPolyClass(m->cls) && PolyAt(m, k)->kind != (m->cls & 1)) return false;
-    if (IsRatClass(m->cls) && (RatAt(m, k)->kind != (m->cls & 1) ||
-                               RatAt(m, k)->nume->kind != (m->cls & 1)))
+    if (IsRatClass(m->cls) &&
+        (RatAt(m, k)->kind != (m->cls & 1) || RatAt(m, k)->nume->kind != (m->cls & 1)))
       return false;
   }
   return true;
