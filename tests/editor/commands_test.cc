@@ -7,13 +7,6 @@ namespace {
 
 using CommandsTest = EditorTest;
 
-std::vector<double> Numbered(int rows, int cols) {
-  std::vector<double> v;
-  for (int r = 1; r <= rows; r++)
-    for (int c = 1; c <= cols; c++) v.push_back(100 * r + c);
-  return v;
-}
-
 TEST_F(CommandsTest, DeleteAndPutBackRowsAndColumns) {
   WriteFile("a.mat", MatrixText(3, 2, Numbered(3, 2)));
   Open({"a.mat"});

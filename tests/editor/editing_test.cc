@@ -6,14 +6,6 @@ namespace {
 
 using EditingTest = EditorTest;
 
-// r x c values 100 * row + column, so every cell tells where it came from.
-std::vector<double> Numbered(int rows, int cols) {
-  std::vector<double> v;
-  for (int r = 1; r <= rows; r++)
-    for (int c = 1; c <= cols; c++) v.push_back(100 * r + c);
-  return v;
-}
-
 TEST_F(EditingTest, NumberEntryStoresInPlaceAndMovesOn) {
   WriteFile("a.mat", MatrixText(2, 2, {1, 2, 3, 4}));
   Open({"a.mat"});

@@ -39,6 +39,15 @@ inline std::string MatrixText(int rows, int cols, const std::vector<double> &row
   return text;
 }
 
+// r x c values 100 * row + column, row by row, so every cell tells where it
+// came from.
+inline std::vector<double> Numbered(int rows, int cols) {
+  std::vector<double> v;
+  for (int r = 1; r <= rows; r++)
+    for (int c = 1; c <= cols; c++) v.push_back(100 * r + c);
+  return v;
+}
+
 // One number as the editor shows it.
 inline std::string Shown(double v) {
   char text[64];

@@ -18,7 +18,7 @@
 #include "editor/entry.h"
 #include "editor/terminal.h"
 #include "scalar/complex.h"
-#include "tests/editor/pty_session.h"
+#include "tests/editor/editor_fixture.h"
 
 namespace {
 
@@ -29,6 +29,9 @@ class Stdio {
  public:
   Stdio() {
     fflush(stdout);
+    // A run without standard streams: give 0 and 1 something to be swapped.
+    for (int fd : {0, 1})
+      if (fcntl(fd, F_GETFD) < 0) open("/dev/null", O_RDWR);
     int p[2];
     EXPECT_EQ(pipe(p), 0);
     feed_ = p[1];
@@ -230,16 +233,7 @@ TEST(Terminal, ScreenRoutinesWriteTheirSequences) {
   EXPECT_EQ(io.Output(), "\x1b[1;1H\x1b[3;26Hx\x1b[2J\x1b[2;79H      ");
 }
 
-class ScalarFiles : public ::testing::Test {
- protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/velk-edit-files-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    dir_ = pattern;
-  }
-  void TearDown() override { std::filesystem::remove_all(dir_); }
-  std::string dir_;
-};
+using ScalarFiles = velk_test::EditorTest;
 
 TEST_F(ScalarFiles, SavesWriteTheTextForms) {
   std::string f = dir_ + "/values";
