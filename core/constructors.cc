@@ -103,13 +103,6 @@ void *NewElementFrom(int cls, Matrix *src, long long l) {
   return RatOwn(r, 2);
 }
 
-void ReleaseElement(int cls, void *e) {
-  if (e == nullptr) return;
-  if (IsPolyClass(cls))
-    PolyRelease(static_cast<Polynomial *>(e));
-  else
-    RatRelease(static_cast<Rational *>(e));
-}
 
 // ---- constructors ----------------------------------------------------------------
 
@@ -165,7 +158,7 @@ Matrix *ElementFill(int rows, int cols, int cls, const char *location, void *(*m
   void **slots = static_cast<void **>(m->elements);
   for (long long k = 0; k < MatCount(m); k++) {
     void *e = make(value);
-    ReleaseElement(cls, slots[k]);
+    MatElementRelease(cls, slots[k]);
     slots[k] = e;
   }
   return m;
@@ -360,7 +353,7 @@ void MatCopyElements(Matrix *dst, long long k, Matrix *src, long long l, long lo
     // The new element is made before the old one goes, so a block may be
     // copied onto itself.
     void *e = NewElementFrom(dst->cls, src, l + n);
-    ReleaseElement(dst->cls, slots[k + n]);
+    MatElementRelease(dst->cls, slots[k + n]);
     slots[k + n] = e;
   }
 }

@@ -51,13 +51,6 @@ void *NewElement(int cls, bool zero) {
   return RatOwn(r, 2);
 }
 
-void ReleaseElement(int cls, void *e) {
-  if (e == nullptr) return;
-  if (IsPolyClass(cls))
-    PolyRelease(static_cast<Polynomial *>(e));
-  else
-    RatRelease(static_cast<Rational *>(e));
-}
 
 void **Slots(Matrix *m) { return static_cast<void **>(m->elements); }
 
@@ -65,7 +58,7 @@ void ReleaseElements(Matrix *m) {
   if (m->cls < kPoly || m->cls > kCompRat || m->elements == nullptr) return;
   long long n = MatCount(m);
   for (long long k = 0; k < n; k++) {
-    ReleaseElement(m->cls, Slots(m)[k]);
+    MatElementRelease(m->cls, Slots(m)[k]);
     Slots(m)[k] = nullptr;
   }
 }
@@ -141,6 +134,14 @@ Matrix *DefineChecked(const char *name, int rows, int cols, int cls, bool zero,
 
 }  // namespace
 
+void MatElementRelease(int cls, void *e) {
+  if (e == nullptr) return;
+  if (IsPolyClass(cls))
+    PolyRelease(static_cast<Polynomial *>(e));
+  else
+    RatRelease(static_cast<Rational *>(e));
+}
+
 void SetRecordName(char **name, const char *text) {
   if (text == nullptr) text = "";
   size_t n = strlen(text);
@@ -188,14 +189,23 @@ Matrix *MatSetClass(Matrix *m, int cls) {
   return m;
 }
 // Classes 3 and 5 come from a definition of 2 or 4 with the class set after.
+static const char *const kDefLocation[kClasses] = {"MatDef()",   "C_MatDef()", "P_MatDef()",
+                                                   "P_MatDef()", "R_MatDef()", "R_MatDef()"};
+
 static Matrix *SameClass(Matrix *m, int rows, int cols, bool zero, const char *location) {
-  static const char *const kDefLocation[kClasses] = {"MatDef()",   "C_MatDef()", "P_MatDef()",
-                                                     "P_MatDef()", "R_MatDef()", "R_MatDef()"};
   if (m->cls < 0 || m->cls >= kClasses) {
     MatError(location, "Incorrect class matrix", m);
     return MatDef("", 0, 0);
   }
   return DefineChecked("", rows, cols, m->cls, zero, kDefLocation[m->cls]);
+}
+
+Matrix *MatZDefClass(int cls, int rows, int cols) {
+  if (cls < 0 || cls >= kClasses) {
+    MatError("MatZDefClass()", "Incorrect class matrix", nullptr);
+    return MatDef("", 0, 0);
+  }
+  return DefineChecked("", rows, cols, cls, true, kDefLocation[cls]);
 }
 
 Matrix *MatSameClassDef(Matrix *m, int rows, int cols) {
@@ -229,7 +239,7 @@ void MatUndef(Matrix *m) {
         if (r->cls < kPoly) return;
         // Pooled records keep empty element objects for the next definition.
         for (long long k = 0; k < n; k++) {
-          ReleaseElement(r->cls, Slots(r)[k]);
+          MatElementRelease(r->cls, Slots(r)[k]);
           Slots(r)[k] = NewElement(r->cls, false);
         }
       },
@@ -266,14 +276,14 @@ Matrix *MatCopy(Matrix *dst, Matrix *src) {
     case kPoly:
     case kCompPoly:
       for (long long k = 0; k < n; k++) {
-        ReleaseElement(dst->cls, Slots(dst)[k]);
+        MatElementRelease(dst->cls, Slots(dst)[k]);
         Slots(dst)[k] = PolyOwn(PolyDup(static_cast<Polynomial *>(Slots(src)[k])), 3);
       }
       break;
     case kRat:
     case kCompRat:
       for (long long k = 0; k < n; k++) {
-        ReleaseElement(dst->cls, Slots(dst)[k]);
+        MatElementRelease(dst->cls, Slots(dst)[k]);
         Slots(dst)[k] = RatOwn(RatDup(static_cast<Rational *>(Slots(src)[k])), 2);
       }
       break;

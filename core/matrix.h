@@ -50,6 +50,8 @@ Matrix *MatSetName(Matrix *m, const char *name);
 
 Matrix *MatSameClassDef(Matrix *m, int rows, int cols);
 Matrix *MatSameClassZDef(Matrix *m, int rows, int cols);
+// Zeros of a class code 0..5 (zero polynomials and rationals for 2 to 5).
+Matrix *MatZDefClass(int cls, int rows, int cols);
 Matrix *MatSameClassZDefSize(Matrix *m);
 Matrix *MatSameDef(Matrix *m);
 Matrix *MatMulDef(Matrix *a, Matrix *b);
@@ -76,6 +78,9 @@ Matrix *MatCopyResize(Matrix *dst, Matrix *src);
 // leaves the registry so no sweep or chain reaches it; its owner releases it.
 Matrix *MatOwn(Matrix *m, int status);
 void MatRelease(Matrix *m);
+
+// Gives an element object of a class 2..5 matrix back to its kind (null: nothing).
+void MatElementRelease(int cls, void *element);
 
 // Element helpers.
 inline long long MatCount(const Matrix *m) { return static_cast<long long>(m->rows) * m->cols; }

@@ -15,11 +15,6 @@ constexpr int kKept = 2;  // any status other than 0 and 1 survives a sweep
 
 // A zero matrix of any class code. The like-class definition reads only the
 // class of its model.
-Matrix *ZeroOfClass(int cls, int rows, int cols) {
-  Matrix like{};
-  like.cls = cls;
-  return MatSameClassZDef(&like, rows, cols);
-}
 
 // a takes the temporary t's contents by assignment. The assignment sweeps
 // away t (so it is not undefined again here) and every other temporary made
@@ -136,9 +131,9 @@ Matrix *MatPut(Matrix *a, int i, int j, Matrix *b) {
     // a zero matrix of the class that holds both.
     Matrix *z;
     if (a_empty) {
-      z = ZeroOfClass(b->cls, last_row, last_col);
+      z = MatZDefClass(b->cls, last_row, last_col);
     } else {
-      z = ZeroOfClass(MatCommonClass(a->cls, b->cls), a->rows > last_row ? a->rows : last_row,
+      z = MatZDefClass(MatCommonClass(a->cls, b->cls), a->rows > last_row ? a->rows : last_row,
                       a->cols > last_col ? a->cols : last_col);
       MatPut(z, 1, 1, a);
     }
