@@ -19,6 +19,12 @@ namespace {
 
 using Rng = std::mt19937_64;
 
+// One of the choices; repeating a choice makes it more likely.
+template <size_t N>
+std::string OneOf(Rng &rng, const char *const (&choices)[N]) {
+  return choices[rng() % N];
+}
+
 // Spellings that "%lf" treats in some special way, including every partial
 // match we know of.
 const char *const kOddTokens[] = {
@@ -72,36 +78,20 @@ double RandomDouble(Rng &rng) {
 }
 
 std::string RandomToken(Rng &rng) {
-  if (rng() % 8 == 0) return kOddTokens[rng() % std::size(kOddTokens)];
+  if (rng() % 8 == 0) return OneOf(rng, kOddTokens);
   std::string t = FormatNumber(rng, RandomDouble(rng));
   if (rng() % 10 == 0 && t[0] != '-') t.insert(0, "+");
   return t;
 }
 
 std::string Separator(Rng &rng) {
-  switch (rng() % 12) {
-    case 0:
-      return "\t";
-    case 1:
-      return "  ";
-    case 2:
-      return " \t ";
-    default:
-      return " ";
-  }
+  static const char *const kChoices[] = {"\t", "  ", " \t ", " ", " ", " ", " ", " ", " "};
+  return OneOf(rng, kChoices);
 }
 
 std::string LineEnd(Rng &rng) {
-  switch (rng() % 10) {
-    case 0:
-      return "\r\n";
-    case 1:
-      return "\r";
-    case 2:
-      return " \n";
-    default:
-      return "\n";
-  }
+  static const char *const kChoices[] = {"\r\n", "\r", " \n", "\n", "\n", "\n", "\n", "\n"};
+  return OneOf(rng, kChoices);
 }
 
 // Text after the last element of a line, sized around the line skip's pieces.
