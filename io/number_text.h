@@ -3,6 +3,7 @@
 #ifndef VELK_IO_NUMBER_TEXT_H
 #define VELK_IO_NUMBER_TEXT_H
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -18,7 +19,8 @@ inline bool IsScanSpace(int c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 bool ConvertCollected(std::string_view text, bool plain, double *out);
 
 // A character source over memory. Peek gives the next byte or EOF, Take
-// consumes it, Token is what was taken since Begin.
+// consumes it, Token is what was taken since Begin. ScanDouble reads any
+// source with these four; TakeEightDigits is an optional shortcut.
 struct MemorySource {
   const char *p;
   const char *end;
@@ -28,7 +30,7 @@ struct MemorySource {
   void Take() { ++p; }
   // Takes eight decimal digits at once when the next eight bytes are digits.
   bool TakeEightDigits(uint32_t *value) {
-    if (end - p < 8) return false;
+    if (std::endian::native != std::endian::little || end - p < 8) return false;
     uint64_t v;
     memcpy(&v, p, sizeof v);
     constexpr uint64_t kHigh = 0xF0F0F0F0F0F0F0F0, kZeros = 0x3030303030303030;
@@ -74,8 +76,10 @@ struct DecimalDigits {
   void Add(int c, bool fraction) {
     unsigned d = static_cast<unsigned>(c - '0');
     if (mantissa == 0 && d == 0) {
-      if (scale < -100000) exact = false;  // keeps scale far from overflow
-      scale -= fraction;
+      if (scale < -100000)
+        exact = false;  // scale stops far from overflow; the slow path takes over
+      else
+        scale -= fraction;
     } else if (digits < 19) {
       mantissa = mantissa * 10 + d;
       digits++;
