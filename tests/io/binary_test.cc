@@ -55,7 +55,7 @@ struct Bytes {
   // A stream that reads these bytes.
   FILE *Stream() const {
     FILE *f = tmpfile();
-    fwrite(data.data(), 1, data.size(), f);
+    if (!data.empty()) fwrite(data.data(), 1, data.size(), f);
     rewind(f);
     return f;
   }
