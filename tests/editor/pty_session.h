@@ -2,9 +2,13 @@
 // output paints. Shared by the editor tests and the editor benchmark.
 //
 // Synchronisation: the program is in raw mode only while it waits for a key.
-// After each key we wait until it waits again: the terminal is raw, its input
-// queue is empty and the process sleeps; then a short quiet period catches
-// output still on its way through the pty.
+// After keys are sent we wait until it waits again: it has read as many bytes
+// as were sent (the pty hands them over asynchronously), the terminal is raw,
+// its input queue is empty and the process sleeps. Its output may still be on
+// its way through the pty, so we also wait until we have read as many bytes
+// as it has written since the last settle (the terminal only ever adds bytes,
+// turning LF into CR LF). Bytes written to files show as a shortfall that
+// never fills; a longer quiet period ends that wait.
 #ifndef VELK_TESTS_EDITOR_PTY_SESSION_H
 #define VELK_TESTS_EDITOR_PTY_SESSION_H
 
@@ -204,7 +208,7 @@ class PtySession {
   }
 
   // Waits until the program waits for a key, or has ended. False on time-out.
-  bool Settle(int timeout_ms = 5000) {
+  bool Settle(int timeout_ms = 10000) {
     Clock::time_point start = Clock::now();
     for (int round = 0; round < 100000; round++) {
       Pump(1);
@@ -213,16 +217,29 @@ class PtySession {
         }
         return true;
       }
-      if (WaitingForKey() && !Pump(quiet_ms) && WaitingForKey()) return true;
+      long long consumed = IoCount("rchar:");
+      if ((consumed < 0 || consumed - consumed_mark_ >= sent_ - sent_mark_) && WaitingForKey()) {
+        long long written = IoCount("wchar:") - written_mark_;
+        long long read = static_cast<long long>(output.size()) - read_mark_;
+        int quiet = consumed < 0 ? kFileQuietMs : read >= written ? quiet_ms : kFileQuietMs;
+        if (!Pump(quiet) && WaitingForKey()) {
+          written_mark_ = IoCount("wchar:");
+          consumed_mark_ = IoCount("rchar:");
+          read_mark_ = static_cast<long long>(output.size());
+          sent_mark_ = sent_;
+          return true;
+        }
+      }
       if (MillisSince(start) > timeout_ms) return false;
     }
     return false;
   }
 
   // Writes bytes as one piece (an arrow key's sequence arrives whole).
-  bool Send(const std::string &bytes, int timeout_ms = 5000) {
+  bool Send(const std::string &bytes, int timeout_ms = 10000) {
     if (write(master_, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
       return false;
+    sent_ += static_cast<long long>(bytes.size());
     return Settle(timeout_ms);
   }
 
@@ -235,7 +252,7 @@ class PtySession {
 
   // Waits for the end of the program; its exit status, or -1 (killed on
   // time-out, or ended by a signal).
-  int Finish(int timeout_ms = 5000) {
+  int Finish(int timeout_ms = 10000) {
     Clock::time_point start = Clock::now();
     while (!Reap() && MillisSince(start) < timeout_ms) Pump(10);
     if (!exited_) {
@@ -261,10 +278,9 @@ class PtySession {
 
   Screen screen;
   std::string output;  // every byte the program wrote
-  // How long the output must stay quiet once the program waits for a key. A
-  // benchmark may take 0: bytes still on their way are then counted with the
-  // next key.
-  int quiet_ms = 8;
+  // How long the output must stay quiet once the program waits for a key and
+  // every byte it wrote has arrived.
+  int quiet_ms = 2;
 
  private:
   // Reads what is there within wait_ms; true when something was read.
@@ -298,6 +314,19 @@ class PtySession {
     return ProcessState() == 'S';
   }
 
+  // The program's byte counts: "rchar:" read (keys and files), "wchar:"
+  // written (terminal and files); -1 where they cannot be read, and then
+  // only the quiet period is left to go by.
+  long long IoCount(const char *which) const {
+    std::ifstream in("/proc/" + std::to_string(pid_) + "/io");
+    if (!in) return -1;
+    std::string key;
+    long long value = 0;
+    while (in >> key >> value)
+      if (key == which) return value;
+    return 0;
+  }
+
   char ProcessState() const {
     std::ifstream in("/proc/" + std::to_string(pid_) + "/stat");
     std::string stat((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
@@ -305,6 +334,14 @@ class PtySession {
     return close == std::string::npos || close + 2 >= stat.size() ? '?' : stat[close + 2];
   }
 
+  static constexpr int kFileQuietMs = 300;
+
+  long long sent_ = 0;  // bytes sent to the program
+  // The counts at the last settle.
+  long long written_mark_ = 0;
+  long long consumed_mark_ = 0;
+  long long read_mark_ = 0;
+  long long sent_mark_ = 0;
   pid_t pid_ = -1;
   int master_ = -1;
   int slave_ = -1;
