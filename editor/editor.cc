@@ -298,6 +298,7 @@ std::string FieldEdit(int line, int column, int width, int first, const char *ac
       text.push_back(static_cast<char>(key));
     }
   }
+  return text;
 }
 
 int ParseCount(const std::string &text) {
@@ -324,6 +325,8 @@ std::string PromptLine(const char *prompt, size_t max_length) {
     ScreenCursor(kSizeLine, column + static_cast<int>(text.size()));
   }
   ScreenClearToEnd(kSizeLine, kPromptColumn);
+  // Out before the answer is used: a failure report must not be painted over.
+  ScreenFlush();
   return text;
 }
 

@@ -132,5 +132,15 @@ TEST_F(CommandsTest, ReadAndWritePromptTheFileName) {
   EXPECT_EQ(ReadFile("other.mat"), "8 9\n");
 }
 
+TEST_F(CommandsTest, ReadingAMissingFileEndsWithTheReportInSight) {
+  WriteFile("a.mat", MatrixText(1, 1, {1}));
+  Open({"a.mat"});
+  Keys("j2\nrnope\n");
+  EXPECT_EQ(pty_.Finish(), 0);
+  EXPECT_EQ(Line(4), "read << \"nope\" : Can't open file nope in MatFileRead().") << screen().All();
+  EXPECT_EQ(screen().bells, 1);
+  EXPECT_EQ(ReadFile("a.mat"), MatrixText(1, 1, {1}));
+}
+
 }  // namespace
 }  // namespace velk_test
