@@ -75,6 +75,8 @@ void (*edit_recorded)(int) = nullptr;
 
 constexpr int kSignals[] = {SIGINT, SIGTERM, SIGQUIT, SIGHUP};
 
+Matrix *Hold(Matrix *m) { return MatSetStatus(m, kHeld); }
+
 // The matrices of one run of the editor. Each is held (kHeld) while any
 // field refers to it and undefined when the last reference goes.
 struct Session {
@@ -100,7 +102,7 @@ struct Session {
   }
   void Set(Matrix *&field, Matrix *m) {
     Matrix *old = field;
-    field = m == nullptr ? nullptr : MatSetStatus(m, kHeld);
+    field = m == nullptr ? nullptr : Hold(m);
     Release(old);
   }
   void SetCurrent(Matrix *m) {
@@ -109,8 +111,6 @@ struct Session {
     Set(cur, m);
   }
 };
-
-Matrix *Hold(Matrix *m) { return MatSetStatus(m, kHeld); }
 
 void SyncShape(const Session &s) {
   E.rows = s.cur->rows;
