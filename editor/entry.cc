@@ -65,14 +65,14 @@ void EditFile(const char *file) {
   Matrix *original = MatSetStatus(MatFileRead(file), kKept);
   Matrix *copy = MatSetName(MatDup(original), file);
   Matrix *edited = MatEdit(copy);
-  if (!MatEqual(original, edited)) MatFileWrite(edited, file);
+  if (!MatEqualExact(original, edited)) MatFileWrite(edited, file);
   MatUndef(original);
   MatUndef(edited);
 }
 
 }  // namespace
 
-bool MatEqual(Matrix *a, Matrix *b) {
+bool MatEqualExact(Matrix *a, Matrix *b) {
   if (a->cls != b->cls || a->rows != b->rows || a->cols != b->cols) return false;
   long long n = MatCount(a) * (a->cls == kComplex ? 2 : 1);
   if (n == 0) return true;

@@ -13,6 +13,6 @@ int VelkEditMain(int argc, char **argv);
 
 // True when a and b have the same class and size and every element of a - b
 // is exactly zero (a NaN never is).
-bool MatEqual(Matrix *a, Matrix *b);
+bool MatEqualExact(Matrix *a, Matrix *b);
 
 #endif

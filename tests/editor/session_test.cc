@@ -149,18 +149,18 @@ TEST(EditorEntry, EqualityIsExactAndNaNNeverEqual) {
   MatInit();
   Matrix *a = MatFillDef(2, 2, 1.5);
   Matrix *b = MatFillDef(2, 2, 1.5);
-  EXPECT_TRUE(MatEqual(a, b));
+  EXPECT_TRUE(MatEqualExact(a, b));
   MatReal(b)[3] = 1.5 + 1e-15;
-  EXPECT_FALSE(MatEqual(a, b));
+  EXPECT_FALSE(MatEqualExact(a, b));
   Matrix *c = MatFillDef(2, 2, NAN);
-  EXPECT_FALSE(MatEqual(c, c));
+  EXPECT_FALSE(MatEqualExact(c, c));
   Matrix *d = C_MatZDef2(2, 2);
   Matrix *e = C_MatZDef2(2, 2);
-  EXPECT_FALSE(MatEqual(a, d));  // the class counts
-  EXPECT_TRUE(MatEqual(d, e));
+  EXPECT_FALSE(MatEqualExact(a, d));  // the class counts
+  EXPECT_TRUE(MatEqualExact(d, e));
   MatReal(e)[7] = 1;  // the last imaginary part
-  EXPECT_FALSE(MatEqual(d, e));
-  EXPECT_FALSE(MatEqual(a, MatFillDef(2, 3, 1.5)));
+  EXPECT_FALSE(MatEqualExact(d, e));
+  EXPECT_FALSE(MatEqualExact(a, MatFillDef(2, 3, 1.5)));
   MatSweepAll();
 }
 
