@@ -27,8 +27,9 @@ TEST(AllocDeathTest, GuardsReportAndExitWithStatusZero) {
   // A byte count no int can hold is refused before any allocation is tried.
   EXPECT_EXIT(emalloc_array(2000000000LL, 16), testing::ExitedWithCode(0),
               Exact("\nemalloc(32000000000) : Out of memory !!\n"));
-  char *copy = StringDup("abc");
-  EXPECT_STREQ(static_cast<char *>(erealloc(copy, 100)), "abc");
+  char *grown = static_cast<char *>(erealloc(StringDup("abc"), 100));
+  EXPECT_STREQ(grown, "abc");
+  efree(grown);
 }
 
 TEST(MatReportDeathTest, OperandsOnlyWhenTheBufferIsEmpty) {
