@@ -102,23 +102,24 @@ const char *DataRecordOpen(DataRecord *r, FILE *stream, int requested) {
   return nullptr;
 }
 
-bool DataReadWords(FILE *stream, int *words, long long n, bool foreign) {
+// n values of type T in the record's byte order.
+template <class T>
+static bool ReadValues(FILE *stream, T *values, long long n, bool foreign) {
   if (n <= 0) return n == 0;
-  if (fread(words, sizeof(int), static_cast<size_t>(n), stream) != static_cast<size_t>(n))
+  if (fread(values, sizeof(T), static_cast<size_t>(n), stream) != static_cast<size_t>(n))
     return false;
   if (foreign)
     for (long long k = 0; k < n; k++)
-      words[k] = static_cast<int>(Swap32(static_cast<uint32_t>(words[k])));
+      SwapBytes(reinterpret_cast<unsigned char *>(&values[k]), sizeof(T));
   return true;
 }
 
+bool DataReadWords(FILE *stream, int *words, long long n, bool foreign) {
+  return ReadValues(stream, words, n, foreign);
+}
+
 bool DataReadDoubles(FILE *stream, double *values, long long n, bool foreign) {
-  if (n <= 0) return n == 0;
-  if (fread(values, sizeof(double), static_cast<size_t>(n), stream) != static_cast<size_t>(n))
-    return false;
-  if (foreign)
-    for (long long k = 0; k < n; k++) SwapBytes(reinterpret_cast<unsigned char *>(&values[k]), 8);
-  return true;
+  return ReadValues(stream, values, n, foreign);
 }
 
 // ---- raw typed values ---------------------------------------------------------
