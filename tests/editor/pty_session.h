@@ -21,46 +21,36 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
 namespace velk_test {
 
+inline std::string ReadText(const std::string &path) {
+  std::ifstream in(path);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
 // Understands what the editor writes: ESC[2J, ESC[row;colH, text, bell, CR,
 // LF (and backspace, which line inputs use). Anything else is counted in
-// `unknown` so a test can insist there was none.
+// `unknown` so a test can insist there was none. The editor never writes past
+// the last line, so there is no scrolling.
 class Screen {
  public:
   static constexpr int kLines = 24;
   static constexpr int kColumns = 80;
 
   Screen() { Clear(); }
+  void Clear() { cells_.assign(kLines, std::string(kColumns, ' ')); }
 
-  void Clear() {
-    for (auto &line : cells_) line.assign(kColumns, ' ');
-    line_ = column_ = 0;
-    wrap_ = false;
-  }
-
-  void Feed(const char *data, size_t n) {
-    for (size_t k = 0; k < n; k++) Byte(static_cast<unsigned char>(data[k]));
-  }
-
-  const std::string &Line(int line) const { return cells_[line]; }
   // The line without its trailing blanks.
   std::string Trimmed(int line) const {
-    std::string s = cells_[line];
-    s.erase(s.find_last_not_of(' ') + 1);
-    return s;
-  }
-  std::string Text(int line, int column, int length) const {
-    return cells_[line].substr(static_cast<size_t>(column), static_cast<size_t>(length));
+    return cells_[line].substr(0, cells_[line].find_last_not_of(' ') + 1);
   }
   std::string All() const {
     std::string s;
@@ -68,114 +58,56 @@ class Screen {
     return s;
   }
 
-  int cursor_line() const { return line_; }
-  int cursor_column() const { return column_ == kColumns ? kColumns - 1 : column_; }
-
-  int bells = 0;
-  int clears = 0;
+  // The cursor; column is kColumns once the last column has been written.
+  int line = 0;
+  int column = 0;
   int unknown = 0;
 
- private:
-  void Byte(unsigned char c) {
-    switch (state_) {
-      case State::kText: Text(c); return;
-      case State::kEscape:
-        if (c == '[') {
-          state_ = State::kControl;
-          params_.clear();
-        } else {
-          unknown++;
-          state_ = State::kText;
-        }
-        return;
-      case State::kControl:
-        if ((c >= '0' && c <= '9') || c == ';') {
-          params_.push_back(static_cast<char>(c));
-          return;
-        }
-        Control(c);
-        state_ = State::kText;
-        return;
-    }
-  }
-
-  void Control(unsigned char final) {
-    if (final == 'J' && params_ == "2") {
-      for (auto &line : cells_) line.assign(kColumns, ' ');
-      clears++;
-    } else if (final == 'H') {
-      int row = 1, col = 1;
-      if (!params_.empty() && sscanf(params_.c_str(), "%d;%d", &row, &col) < 1) unknown++;
-      line_ = Clamp(row - 1, kLines);
-      column_ = Clamp(col - 1, kColumns);
-      wrap_ = false;
-    } else {
-      unknown++;
-    }
-  }
-
-  static int Clamp(int v, int n) { return v < 0 ? 0 : v >= n ? n - 1 : v; }
-
-  void NewLine() {
-    if (++line_ == kLines) {
-      cells_.erase(cells_.begin());
-      cells_.emplace_back(kColumns, ' ');
-      line_ = kLines - 1;
-    }
-  }
-
-  void Text(unsigned char c) {
-    if (c == 27) {
-      state_ = State::kEscape;
-    } else if (c == 7) {
-      bells++;
-    } else if (c == '\r') {
-      column_ = 0;
-      wrap_ = false;
-    } else if (c == '\n') {
-      NewLine();
-      wrap_ = false;
-    } else if (c == 8) {
-      if (column_ > 0) column_--;
-      wrap_ = false;
-    } else if (c >= 32 && c < 127) {
-      if (wrap_) {
-        column_ = 0;
-        NewLine();
-        wrap_ = false;
+  // One byte of output.
+  void Feed(char c) {
+    if (!escape_.empty()) {
+      escape_.push_back(c);
+      // ESC [, then digits and ';' up to the final byte.
+      if (escape_.size() == 2 ? c == '[' : (c >= '0' && c <= '9') || c == ';') return;
+      int row = 0, col = 0;
+      char final = 0;
+      if (escape_ == "\x1b[2J") {
+        Clear();
+      } else if (sscanf(escape_.c_str(), "\x1b[%d;%d%c", &row, &col, &final) == 3 && final == 'H') {
+        line = std::clamp(row - 1, 0, kLines - 1);
+        column = std::clamp(col - 1, 0, kColumns - 1);
+      } else {
+        unknown++;
       }
-      cells_[line_][static_cast<size_t>(column_)] = static_cast<char>(c);
-      if (column_ == kColumns - 1)
-        wrap_ = true;  // the next character wraps (deferred, as terminals do)
-      else
-        column_++;
-    } else {
+      escape_.clear();
+    } else if (c == 27) {
+      escape_.push_back(c);
+    } else if (c == '\r') {
+      column = 0;
+    } else if (c == '\n') {
+      line = std::min(line + 1, kLines - 1);
+    } else if (c == '\b') {
+      column = std::max(column - 1, 0);
+    } else if (c >= 32 && c < 127) {
+      if (column == kColumns) {  // the deferred wrap of a terminal
+        column = 0;
+        line = std::min(line + 1, kLines - 1);
+      }
+      cells_[line][column++] = c;
+    } else if (c != 7) {  // the bell
       unknown++;
     }
   }
 
-  enum class State { kText, kEscape, kControl };
-  State state_ = State::kText;
-  std::string params_;
-  std::vector<std::string> cells_ = std::vector<std::string>(kLines);
-  int line_ = 0;
-  int column_ = 0;
-  bool wrap_ = false;
+ private:
+  std::string escape_;  // an escape sequence not yet ended
+  std::vector<std::string> cells_;
 };
-
-using Clock = std::chrono::steady_clock;
-
-inline long long MillisSince(Clock::time_point t) {
-  return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - t).count();
-}
 
 class PtySession {
  public:
-  PtySession() = default;
-  PtySession(const PtySession &) = delete;
-  PtySession &operator=(const PtySession &) = delete;
   ~PtySession() {
-    if (pid_ > 0 && !exited_) {
+    if (pid_ > 0 && !Reap()) {
       kill(pid_, SIGKILL);
       waitpid(pid_, nullptr, 0);
     }
@@ -186,20 +118,16 @@ class PtySession {
   // Starts `program args...` in directory `cwd` on a new 24 x 80 terminal.
   bool Start(const std::string &program, const std::string &cwd,
              const std::vector<std::string> &args) {
-    winsize ws = {};
-    ws.ws_row = Screen::kLines;
-    ws.ws_col = Screen::kColumns;
+    winsize ws = {Screen::kLines, Screen::kColumns, 0, 0};
     pid_ = forkpty(&master_, nullptr, nullptr, &ws);
-    if (pid_ < 0) return false;
     if (pid_ == 0) {
-      if (chdir(cwd.c_str()) != 0) _exit(126);
-      std::vector<char *> argv;
-      argv.push_back(const_cast<char *>(program.c_str()));
+      std::vector<char *> argv = {const_cast<char *>(program.c_str())};
       for (const std::string &a : args) argv.push_back(const_cast<char *>(a.c_str()));
       argv.push_back(nullptr);
-      execv(program.c_str(), argv.data());
+      if (chdir(cwd.c_str()) == 0) execv(program.c_str(), argv.data());
       _exit(127);
     }
+    if (pid_ < 0) return false;
     // Our own descriptor of the terminal: its modes and input queue tell when
     // the program waits for a key, and it keeps the modes readable after exit.
     slave_ = open(ptsname(master_), O_RDWR | O_NOCTTY);
@@ -209,30 +137,23 @@ class PtySession {
 
   // Waits until the program waits for a key, or has ended. False on time-out.
   bool Settle(int timeout_ms = 10000) {
-    Clock::time_point start = Clock::now();
-    for (int round = 0; round < 100000; round++) {
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
+    while (std::chrono::steady_clock::now() < deadline && !Reap()) {
       Pump(1);
-      if (Reap()) {
-        while (Pump(20)) {
-        }
+      // Without /proc counts, or with bytes gone to files, only a long quiet
+      // period is left to go by.
+      long long consumed = IoCount("rchar:");
+      if ((consumed >= 0 && consumed - sent_ < read_lag_) || !WaitingForKey()) continue;
+      bool arrived =
+          consumed >= 0 && static_cast<long long>(output.size()) + write_lag_ >= IoCount("wchar:");
+      if (!Pump(arrived ? quiet_ms : 300) && WaitingForKey()) {
+        read_lag_ = IoCount("rchar:") - sent_;
+        write_lag_ = IoCount("wchar:") - static_cast<long long>(output.size());
         return true;
       }
-      long long consumed = IoCount("rchar:");
-      if ((consumed < 0 || consumed - consumed_mark_ >= sent_ - sent_mark_) && WaitingForKey()) {
-        long long written = IoCount("wchar:") - written_mark_;
-        long long read = static_cast<long long>(output.size()) - read_mark_;
-        int quiet = consumed < 0 ? kFileQuietMs : read >= written ? quiet_ms : kFileQuietMs;
-        if (!Pump(quiet) && WaitingForKey()) {
-          written_mark_ = IoCount("wchar:");
-          consumed_mark_ = IoCount("rchar:");
-          read_mark_ = static_cast<long long>(output.size());
-          sent_mark_ = sent_;
-          return true;
-        }
-      }
-      if (MillisSince(start) > timeout_ms) return false;
     }
-    return false;
+    while (Reap() && Pump(20)) continue;  // what an ended program wrote last
+    return Reap();
   }
 
   // Writes bytes as one piece (an arrow key's sequence arrives whole).
@@ -250,31 +171,18 @@ class PtySession {
     return true;
   }
 
-  // Waits for the end of the program; its exit status, or -1 (killed on
+  // Waits for the end of the program: its exit status, or -1 (killed on
   // time-out, or ended by a signal).
   int Finish(int timeout_ms = 10000) {
-    Clock::time_point start = Clock::now();
-    while (!Reap() && MillisSince(start) < timeout_ms) Pump(10);
-    if (!exited_) {
-      kill(pid_, SIGKILL);
-      waitpid(pid_, &status_, 0);
-      exited_ = true;
-      return -1;
-    }
-    while (Pump(20)) {
-    }
-    return WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
+    while (!Reap() && std::chrono::steady_clock::now() < deadline) Pump(10);
+    while (Reap() && Pump(20)) continue;
+    return Reap() && WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;  // else killed at the end
   }
 
-  bool exited() { return Reap(); }
   pid_t pid() const { return pid_; }
-
-  // The terminal's modes as the program left them.
-  termios Modes() const {
-    termios t = {};
-    tcgetattr(slave_, &t);
-    return t;
-  }
+  // Our descriptor of the program's terminal: its modes stay readable after exit.
+  int terminal() const { return slave_; }
 
   Screen screen;
   std::string output;  // every byte the program wrote
@@ -286,17 +194,13 @@ class PtySession {
   // Reads what is there within wait_ms; true when something was read.
   bool Pump(int wait_ms) {
     pollfd p = {master_, POLLIN, 0};
-    if (poll(&p, 1, wait_ms) <= 0 || !(p.revents & POLLIN)) return false;
-    bool any = false;
     char buffer[65536];
-    for (int k = 0; k < 1024; k++) {
-      ssize_t n = read(master_, buffer, sizeof buffer);
-      if (n <= 0) break;
-      screen.Feed(buffer, static_cast<size_t>(n));
-      output.append(buffer, static_cast<size_t>(n));
-      any = true;
-    }
-    return any;
+    if (poll(&p, 1, wait_ms) <= 0) return false;
+    ssize_t n = read(master_, buffer, sizeof buffer);
+    if (n <= 0) return false;
+    for (ssize_t k = 0; k < n; k++) screen.Feed(buffer[k]);
+    output.append(buffer, static_cast<size_t>(n));
+    return true;
   }
 
   bool Reap() {
@@ -308,40 +212,30 @@ class PtySession {
   // blocked reading a key (it writes only while cooked).
   bool WaitingForKey() const {
     termios t;
-    if (tcgetattr(slave_, &t) != 0 || (t.c_lflag & ICANON)) return false;
     int queued = 0;
+    if (tcgetattr(slave_, &t) != 0 || (t.c_lflag & ICANON)) return false;
     if (ioctl(slave_, FIONREAD, &queued) != 0 || queued != 0) return false;
-    return ProcessState() == 'S';
+    std::string stat = ReadText("/proc/" + std::to_string(pid_) + "/stat");
+    size_t close = stat.rfind(')');
+    return close != std::string::npos && close + 2 < stat.size() && stat[close + 2] == 'S';
   }
 
   // The program's byte counts: "rchar:" read (keys and files), "wchar:"
-  // written (terminal and files); -1 where they cannot be read, and then
-  // only the quiet period is left to go by.
+  // written (terminal and files); -1 where they cannot be read.
   long long IoCount(const char *which) const {
     std::ifstream in("/proc/" + std::to_string(pid_) + "/io");
-    if (!in) return -1;
     std::string key;
     long long value = 0;
     while (in >> key >> value)
       if (key == which) return value;
-    return 0;
+    return -1;
   }
-
-  char ProcessState() const {
-    std::ifstream in("/proc/" + std::to_string(pid_) + "/stat");
-    std::string stat((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    size_t close = stat.rfind(')');
-    return close == std::string::npos || close + 2 >= stat.size() ? '?' : stat[close + 2];
-  }
-
-  static constexpr int kFileQuietMs = 300;
 
   long long sent_ = 0;  // bytes sent to the program
-  // The counts at the last settle.
-  long long written_mark_ = 0;
-  long long consumed_mark_ = 0;
-  long long read_mark_ = 0;
-  long long sent_mark_ = 0;
+  // At the last settle: bytes read beyond those sent (files), and bytes
+  // written beyond those that reached us (files, again).
+  long long read_lag_ = 0;
+  long long write_lag_ = 0;
   pid_t pid_ = -1;
   int master_ = -1;
   int slave_ = -1;
