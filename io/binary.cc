@@ -256,56 +256,42 @@ Matrix *WriteRaw(Matrix *m, const RawType &t, FILE *stream, int socket) {
 
 }  // namespace
 
-Matrix *MatFread(FILE *stream, int count, const char *type, int swap) {
-  if (stream == nullptr) {
-    MatError("MatFread()", "File pointer is null", nullptr);
-    return MatDef("", 0, 0);
+// The checks of the four raw transfers: an endpoint (stream or socket), then a
+// known type. Reports and returns null when either fails.
+static const RawType *RawTransferType(bool endpoint, const char *endpoint_failure,
+                                      const char *type, const char *location, Matrix *m) {
+  if (!endpoint) {
+    MatError(location, endpoint_failure, m);
+    return nullptr;
   }
   const RawType *t = FindRawType(type);
-  if (t == nullptr) {
-    MatError("MatFread()", "Format is not appropriate", nullptr);
-    return MatDef("", 0, 0);
-  }
+  if (t == nullptr) MatError(location, "Format is not appropriate", m);
+  return t;
+}
+
+Matrix *MatFread(FILE *stream, int count, const char *type, int swap) {
+  const RawType *t =
+      RawTransferType(stream != nullptr, "File pointer is null", type, "MatFread()", nullptr);
+  if (t == nullptr) return MatDef("", 0, 0);
   return ReadRaw(RawSource{stream, 0}, count, *t, swap != 0, "MatFread()");
 }
 
 Matrix *MatFwrite(FILE *stream, Matrix *m, const char *type) {
-  if (stream == nullptr) {
-    MatError("MatFwrite()", "File pointer is null", m);
-    return m;
-  }
-  const RawType *t = FindRawType(type);
-  if (t == nullptr) {
-    MatError("MatFwrite()", "Format is not appropriate", m);
-    return m;
-  }
-  return WriteRaw(m, *t, stream, 0);
+  const RawType *t =
+      RawTransferType(stream != nullptr, "File pointer is null", type, "MatFwrite()", m);
+  return t == nullptr ? m : WriteRaw(m, *t, stream, 0);
 }
 
 Matrix *MatSocketRead(int socket, int count, const char *type, int swap) {
-  if (socket == 0) {
-    MatError("MatSocketRead()", "Socket is 0", nullptr);
-    return MatDef("", 0, 0);
-  }
-  const RawType *t = FindRawType(type);
-  if (t == nullptr) {
-    MatError("MatSocketRead()", "Format is not appropriate", nullptr);
-    return MatDef("", 0, 0);
-  }
+  const RawType *t =
+      RawTransferType(socket != 0, "Socket is 0", type, "MatSocketRead()", nullptr);
+  if (t == nullptr) return MatDef("", 0, 0);
   return ReadRaw(RawSource{nullptr, socket}, count, *t, swap != 0, "MatSocketRead()");
 }
 
 Matrix *MatSocketWrite(int socket, Matrix *m, const char *type) {
-  if (socket == 0) {
-    MatError("MatSocketWrite()", "Socket is 0", m);
-    return m;
-  }
-  const RawType *t = FindRawType(type);
-  if (t == nullptr) {
-    MatError("MatSocketWrite()", "Format is not appropriate", m);
-    return m;
-  }
-  return WriteRaw(m, *t, nullptr, socket);
+  const RawType *t = RawTransferType(socket != 0, "Socket is 0", type, "MatSocketWrite()", m);
+  return t == nullptr ? m : WriteRaw(m, *t, nullptr, socket);
 }
 
 // ---- matrix records ---------------------------------------------------------
