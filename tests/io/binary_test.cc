@@ -175,6 +175,13 @@ TEST(BinaryDeathTest, EachReadingFailureHasItsMessage) {
     EXPECT_EXIT(Read(c.record, 7), testing::ExitedWithCode(0),
                 Exact(c.before + "\nread <- \"\" : " + c.message + " in MatRead().\n"));
   }
+  // The raw transfers check their endpoint, then the type.
+  EXPECT_EXIT(MatFread(nullptr, 1, "int", 0), testing::ExitedWithCode(0),
+              Exact("\nFile pointer is null in MatFread().\n"));
+  EXPECT_EXIT(MatFwrite(stdout, MatDef("", 1, 2), "quad"), testing::ExitedWithCode(0),
+              Exact("\nFormat is not appropriate for '(1 x 2)' in MatFwrite().\n"));
+  EXPECT_EXIT(MatSocketRead(0, 1, "int", 0), testing::ExitedWithCode(0),
+              Exact("\nSocket is 0 in MatSocketRead().\n"));
 }
 
 TEST(BinaryTest, ScalarsRoundTripAndReportWithoutEnding) {
