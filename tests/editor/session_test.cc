@@ -113,6 +113,23 @@ TEST_F(ScalarFiles, SavesWriteTheTextFormsOrReportAndReturnMinusOne) {
                 bad + ".\n");
 }
 
+TEST(LineInput, TakesItsCharactersEchoesThemAndFallsBackToTheDefault) {
+  Feed("\n-1a2\n3.5e1x\n\b\b7\r\n4\nk");
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(IntegerLineInput(9, 0), 9);
+  EXPECT_EQ(IntegerLineInput(0, 0), -12);
+  EXPECT_EQ(RealLineInput(0, 0), 35.0);
+  EXPECT_EQ(IntegerLineInput(0, 0), 7);
+  EXPECT_EQ(RealAskCurrent("x", 2.5), 2.5);
+  EXPECT_EQ(IntegerAskCurrent("n", 3), 4);
+  Pause("", 0);
+  Pause("wait", 0.001);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "-123.5e17x = 2.5 ----> n = 3 ----> 4");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "Please hit any key to continue !!\r" + std::string(33, ' ') + "\rwait");
+}
+
 TEST(StringHolder, JoinsThePreviousArgumentAndRefusesLongOnes) {
   EXPECT_STREQ(set_string("ab"), "ab");
   EXPECT_STREQ(set_string("cd"), "abcd");
