@@ -8,6 +8,7 @@
 
 #include "core/constructors.h"
 #include "core/matrix.h"
+#include "core/registry.h"
 #include "matrix/operations.h"
 
 namespace {
@@ -17,7 +18,7 @@ using Cx = std::complex<double>;
 Matrix *RandomMatrix(int n, int cls) {
   std::mt19937 rng(static_cast<unsigned>(n * 7 + cls));
   std::uniform_real_distribution<double> u(-1, 1);
-  Matrix *m = MatSetStatus(MatDefClass("", n, n, cls, "MatDef()"), 2);
+  Matrix *m = MatSetStatus(MatDefClass("", n, n, cls, "MatDef()"), kKept);
   for (long long k = 0; k < MatCount(m) * (cls == kComplex ? 2 : 1); k++) MatReal(m)[k] = u(rng);
   return m;
 }

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "core/matrix.h"
+#include "core/registry.h"
 #include "io/text_format.h"
 #include "tests/io/reference_reader.h"
 
@@ -35,7 +36,7 @@ Case &GetCase(int which) {
   std::mt19937_64 rng(42);
   std::uniform_real_distribution<double> value(-1e6, 1e6);
   c.m = which == 0 ? MatDef("", 1000, 1000) : C_MatDef("", 500, 500);
-  MatSetStatus(c.m, 2);
+  MatSetStatus(c.m, kKept);
   long long n = MatCount(c.m) * (which == 0 ? 1 : 2);
   for (long long k = 0; k < n; k++) MatReal(c.m)[k] = value(rng);
   c.path = TempPath(which == 0 ? "real.txt" : "complex.txt");

@@ -139,9 +139,9 @@ void ListUndef(List *l) {
 int ListOwnedStatus(int cls) {
   switch (cls) {
     case kListString:
-    case kListComplex: return 2;
-    case kListPolynomial: return 4;
-    default: return 3;
+    case kListComplex: return kOwnedPart;
+    case kListPolynomial: return kOwnedListPolynomial;
+    default: return kOwnedElement;
   }
 }
 
@@ -215,3 +215,4 @@ int ListPoolCount(int length) {
 }
 
 VELK_DEFINE_REGISTRY_ENTRIES(List, List, reg)
+VELK_REGISTER_KIND(ObjectKind::kList, List, List, ListDef("", 0))

@@ -140,3 +140,4 @@ int vkStringPoolCount(int length) {
 }
 
 VELK_DEFINE_REGISTRY_ENTRIES(vkString, String, reg)
+VELK_REGISTER_KIND(ObjectKind::kString, vkString, String, vkStringDef("", -1))

@@ -1,5 +1,6 @@
 #include "core/constructors.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -7,9 +8,6 @@
 namespace {
 
 // ---- element helpers -----------------------------------------------------------
-
-bool IsComplexClass(int c) { return (c & 1) != 0; }
-int KindOf(int c) { return c / 2; }  // 0 matrix, 1 polynomial, 2 rational
 
 template <class T>
 T *Entries(Matrix *m) {
@@ -30,79 +28,6 @@ void StoreValue(Matrix *m, long long k, ComplexValue v) {
   else
     Entries<double>(m)[k] = v.re;
 }
-
-Polynomial *NewPoly(bool complex, int degree, const char *variable) {
-  return complex ? C_PolyDef("", degree, variable) : PolyDef("", degree, variable);
-}
-
-// dst (same degree) takes src's coefficients and variable.
-void FillPart(Polynomial *dst, Polynomial *src) {
-  MatCopyElements(dst->coef, 0, src->coef, 0, MatCount(src->coef));
-  PolySetVariable(dst, src->variable);
-}
-
-Polynomial *PolyOfKind(Polynomial *p, bool complex) {
-  if (!complex || p->kind == 1) return PolyDup(p);
-  Polynomial *q = NewPoly(true, p->degree, p->variable);
-  FillPart(q, p);
-  return q;
-}
-
-Rational *NewRat(bool complex, int nume_degree, int deno_degree) {
-  return complex ? C_RatDef("", nume_degree, deno_degree) : RatDef("", nume_degree, deno_degree);
-}
-
-Rational *RatOfKind(Rational *r, bool complex) {
-  if (!complex || r->kind == 1) return RatDup(r);
-  Rational *q = NewRat(true, r->nume->degree, r->deno->degree);
-  if (q->nume->degree >= 0) {
-    FillPart(q->nume, r->nume);
-    FillPart(q->deno, r->deno);
-  }
-  q->nume_degree = r->nume_degree;
-  q->deno_degree = r->deno_degree;
-  return q;
-}
-
-// p over the constant 1, both in p's variable.
-Rational *RatOverOne(Polynomial *p, bool complex) {
-  Rational *r = NewRat(complex, p->degree, 0);
-  if (r->nume->degree >= 0) {
-    FillPart(r->nume, p);
-    StoreValue(r->deno->coef, 0, {1.0, 0.0});
-    PolySetVariable(r->deno, p->variable);
-  }
-  return r;
-}
-
-// A new element object of class cls made from entry l of src, owned by its
-// future matrix.
-void *NewElementFrom(int cls, Matrix *src, long long l) {
-  bool complex = IsComplexClass(cls);
-  void **slots = static_cast<void **>(src->elements);
-  if (IsPolyClass(cls)) {
-    Polynomial *p;
-    if (KindOf(src->cls) == 0) {
-      p = NewPoly(complex, 0, nullptr);
-      StoreValue(p->coef, 0, ValueAt(src, l));
-    } else {
-      p = PolyOfKind(static_cast<Polynomial *>(slots[l]), complex);
-    }
-    return PolyOwn(p, 3);
-  }
-  Rational *r;
-  if (KindOf(src->cls) == 0) {
-    r = NewRat(complex, 0, 0);
-    StoreValue(r->nume->coef, 0, ValueAt(src, l));
-    StoreValue(r->deno->coef, 0, {1.0, 0.0});
-  } else if (KindOf(src->cls) == 1) {
-    r = RatOverOne(static_cast<Polynomial *>(slots[l]), complex);
-  } else {
-    r = RatOfKind(static_cast<Rational *>(slots[l]), complex);
-  }
-  return RatOwn(r, 2);
-}
-
 
 // ---- constructors ----------------------------------------------------------------
 
@@ -136,32 +61,26 @@ constexpr Form kIdentity = {"I(%d, %d)", false, true, true};
 constexpr Form kSquareIdentity = {"I(%d)", true, true, true};
 constexpr Form kOnes = {"ONE(%d, %d)", false, true, false};
 
-Matrix *Build(const Form &form, int cls, int rows, int cols, const char *location) {
+constexpr const Form &FormOf(MatConstantForm form) {
+  switch (form) {
+    case MatConstantForm::kSquareZeros: return kSquareZeros;
+    case MatConstantForm::kIdentity: return kIdentity;
+    case MatConstantForm::kSquareIdentity: return kSquareIdentity;
+    case MatConstantForm::kOnes: return kOnes;
+    default: return kZeros;
+  }
+}
+
+Matrix *Build(const Form &form, int cls, int rows, int cols, const char *location,
+              ComplexValue one = {1.0, 0.0}) {
   if (rows < 0 || cols < 0) {
     if (form.square)
       MatSetMessage(form.label, rows);
     else
       MatSetMessage(form.label, rows, cols);
   }
-  if (!form.one) return Constant(rows, cols, cls, location, {0.0, 0.0}, form.diagonal);
-  if (cls == kReal) return Constant(rows, cols, cls, location, {1.0, 0.0}, form.diagonal);
-  // The complex constant 1 + 0i travels as a temporary Complex, undefined after use.
-  Complex *one = CompDef("", 1.0, 0.0);
-  Matrix *m = Constant(rows, cols, cls, location, {one->re, one->im}, form.diagonal);
-  CompUndef(one);
-  return m;
-}
-
-Matrix *ElementFill(int rows, int cols, int cls, const char *location, void *(*make)(void *),
-                    void *value) {
-  Matrix *m = MatDefClass("", rows, cols, cls, location);
-  void **slots = static_cast<void **>(m->elements);
-  for (long long k = 0; k < MatCount(m); k++) {
-    void *e = make(value);
-    MatElementRelease(cls, slots[k]);
-    slots[k] = e;
-  }
-  return m;
+  return Constant(rows, cols, cls, location, form.one ? one : ComplexValue{0.0, 0.0},
+                  form.diagonal);
 }
 
 Matrix *ProductShape(Matrix *a, Matrix *b, int cls, const char *location) {
@@ -173,7 +92,7 @@ Matrix *ProductShape(Matrix *a, Matrix *b, int cls, const char *location) {
 }
 
 int ComplexIfEither(int cls, Matrix *a, Matrix *b) {
-  return cls + ((IsComplexClass(a->cls) || IsComplexClass(b->cls)) ? 1 : 0);
+  return ClassOf(ClassKind(cls), HasComplexValues(a->cls) || HasComplexValues(b->cls));
 }
 
 // ---- element access: one body for the real layer and its complex twin -------------
@@ -229,8 +148,8 @@ void LabelAssignment(Matrix *m, const char *index, T value) {
 void Grow(Matrix *m, int rows, int cols) {
   Matrix *z = MatSameClassZDef(m, rows, cols);
   for (int i = 0; i < m->rows; i++)
-    MatCopyElements(z, static_cast<long long>(i) * cols, m, static_cast<long long>(i) * m->cols,
-                    m->cols);
+    MatCopySameClass(z, static_cast<long long>(i) * cols, m, static_cast<long long>(i) * m->cols,
+                     m->cols);
   MatMove(m, z);
   MatUndef(z);
 }
@@ -292,7 +211,7 @@ T GetValueOne(Matrix *m) {
     MatSetMessage("Real(%s(%dx%d))", m->name, m->rows, m->cols);
     MatWarning(Twin<T>::one, "Not a one by one matrix", m);
   }
-  if (MatCount(m) == 0 || KindOf(m->cls) != 0) return Twin<T>::From({0.0, 0.0});
+  if (MatCount(m) == 0 || !IsNumericClass(m->cls)) return Twin<T>::From({0.0, 0.0});
   return Twin<T>::From(ValueAt(m, 0));
 }
 
@@ -327,17 +246,16 @@ T *GetVecPtr(Matrix *m, int k) {
 // ---- element copy ------------------------------------------------------------------
 
 bool MatClassHolds(int dst, int src) {
-  return KindOf(src) <= KindOf(dst) && (IsComplexClass(dst) || !IsComplexClass(src));
+  return ClassKind(src) <= ClassKind(dst) && (HasComplexValues(dst) || !HasComplexValues(src));
 }
 
 int MatCommonClass(int a, int b) {
-  int kind = KindOf(a) > KindOf(b) ? KindOf(a) : KindOf(b);
-  return kind * 2 + ((IsComplexClass(a) || IsComplexClass(b)) ? 1 : 0);
+  return ClassOf(std::max(ClassKind(a), ClassKind(b)), HasComplexValues(a) || HasComplexValues(b));
 }
 
-void MatCopyElements(Matrix *dst, long long k, Matrix *src, long long l, long long count) {
+void MatCopySameClass(Matrix *dst, long long k, Matrix *src, long long l, long long count) {
   if (count <= 0) return;
-  if (KindOf(dst->cls) == 0) {
+  if (IsNumericClass(dst->cls)) {
     if (dst->cls == src->cls) {
       size_t size = dst->cls == kComplex ? sizeof(ComplexValue) : sizeof(double);
       memmove(static_cast<char *>(dst->elements) + k * static_cast<long long>(size),
@@ -348,13 +266,14 @@ void MatCopyElements(Matrix *dst, long long k, Matrix *src, long long l, long lo
     }
     return;
   }
-  void **slots = static_cast<void **>(dst->elements);
+  void **to = static_cast<void **>(dst->elements);
+  void **from = static_cast<void **>(src->elements);
   for (long long n = 0; n < count; n++) {
-    // The new element is made before the old one goes, so a block may be
-    // copied onto itself.
-    void *e = NewElementFrom(dst->cls, src, l + n);
-    MatElementRelease(dst->cls, slots[k + n]);
-    slots[k + n] = e;
+    // The copy is made before the old element goes, so a block may be copied
+    // onto itself.
+    void *e = MatElementDup(src->cls, from[l + n]);
+    MatElementRelease(dst->cls, to[k + n]);
+    to[k + n] = e;
   }
 }
 
@@ -373,26 +292,9 @@ Matrix *C_MatZDef(int n) { return Build(kSquareZeros, kComplex, n, n, "C_MatZDef
 Matrix *C_MatZDef2(int rows, int cols) {
   return Build(kZeros, kComplex, rows, cols, "C_MatZDef2()");
 }
-Matrix *C_MatIDef(int n) { return Build(kSquareIdentity, kComplex, n, n, "C_MatIDef()"); }
-Matrix *C_MatIDef2(int rows, int cols) {
-  return Build(kIdentity, kComplex, rows, cols, "C_MatIDef2()");
-}
-Matrix *C_MatOneDef(int rows, int cols) {
-  return Build(kOnes, kComplex, rows, cols, "C_MatOneDef()");
-}
-Matrix *C_MatFillDef(int rows, int cols, Complex *value) {
-  return Constant(rows, cols, kComplex, "C_MatFillDef()", {value->re, value->im}, false);
-}
-
-Matrix *P_MatFillDef(int rows, int cols, Polynomial *p) {
-  return ElementFill(
-      rows, cols, p->kind == 1 ? kCompPoly : kPoly, "P_MatFillDef()",
-      [](void *v) -> void * { return PolyOwn(PolyDup(static_cast<Polynomial *>(v)), 3); }, p);
-}
-Matrix *R_MatFillDef(int rows, int cols, Rational *r) {
-  return ElementFill(
-      rows, cols, r->kind == 1 ? kCompRat : kRat, "R_MatFillDef()",
-      [](void *v) -> void * { return RatOwn(RatDup(static_cast<Rational *>(v)), 2); }, r);
+Matrix *MatConstantDef(MatConstantForm form, int cls, int rows, int cols, const char *location,
+                       ComplexValue one) {
+  return Build(FormOf(form), cls, rows, cols, location, one);
 }
 
 Matrix *C_MatMulDef(Matrix *a, Matrix *b) { return ProductShape(a, b, kComplex, "C_MatMulDef()"); }
@@ -413,7 +315,7 @@ Matrix *MatColumnVector(Matrix *m, int j) {
   }
   Matrix *v = MatSameClassDef(m, m->rows, 1);
   for (int i = 0; i < m->rows; i++)
-    MatCopyElements(v, i, m, static_cast<long long>(i) * m->cols + (j - 1), 1);
+    MatCopySameClass(v, i, m, static_cast<long long>(i) * m->cols + (j - 1), 1);
   return v;
 }
 
@@ -424,7 +326,7 @@ Matrix *MatRowVector(Matrix *m, int i) {
     return MatDef("", 0, 0);
   }
   Matrix *v = MatSameClassDef(m, 1, m->cols);
-  MatCopyElements(v, 0, m, static_cast<long long>(i - 1) * m->cols, m->cols);
+  MatCopySameClass(v, 0, m, static_cast<long long>(i - 1) * m->cols, m->cols);
   return v;
 }
 

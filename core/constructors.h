@@ -9,9 +9,6 @@
 #define VELK_CORE_CONSTRUCTORS_H
 
 #include "core/matrix.h"
-#include "scalar/complex.h"
-#include "scalar/polynomial.h"
-#include "scalar/rational.h"
 
 // ---- real constructors -------------------------------------------------------
 
@@ -26,18 +23,14 @@ Matrix *MatFillDef(int rows, int cols, double value);
 
 Matrix *C_MatZDef(int n);
 Matrix *C_MatZDef2(int rows, int cols);
-Matrix *C_MatIDef(int n);
-Matrix *C_MatIDef2(int rows, int cols);
-Matrix *C_MatOneDef(int rows, int cols);
-// REQUIRES: value is not null.
-Matrix *C_MatFillDef(int rows, int cols, Complex *value);
+// The complex identity, ones and fill take their constant from a Complex
+// scalar: they are declared in scalar/fill.h.
 
-// ---- polynomial and rational fills -------------------------------------------
-
-// Every element an owned copy of p (of r). A complex-coefficient element gives
-// the complex-coefficient class (3, 5). REQUIRES: p (r) is not null.
-Matrix *P_MatFillDef(int rows, int cols, Polynomial *p);
-Matrix *R_MatFillDef(int rows, int cols, Rational *r);
+// The constant forms behind both layers' constructors: `one` is what an
+// identity or a matrix of ones holds (zeros ignore it).
+enum class MatConstantForm { kZeros, kSquareZeros, kIdentity, kSquareIdentity, kOnes };
+Matrix *MatConstantDef(MatConstantForm form, int cls, int rows, int cols, const char *location,
+                       ComplexValue one);
 
 // Shaped for the product a x b ("Size Error" from their own location when b's
 // rows differ from a's columns). C_: complex. P_, R_: polynomial (rational),
@@ -75,7 +68,7 @@ ComplexValue C_MatGetValueOne(Matrix *m);
 ComplexValue *C_MatGetPtr(Matrix *m, int i, int j);
 ComplexValue *C_MatGetVecPtr(Matrix *m, int k);
 
-// ---- element copy shared by the structural operations ------------------------
+// ---- element copy ------------------------------------------------------------
 
 // True when every value of class src fits class dst unchanged: the kind
 // (matrix < polynomial < rational) does not drop and a complex class is not
@@ -84,10 +77,9 @@ bool MatClassHolds(int dst, int src);
 // The class that holds both a and b: the higher kind, complex if either is.
 int MatCommonClass(int a, int b);
 // Copies count elements in storage order from src (starting at entry l) into
-// dst (starting at entry k), converting each to dst's class: a value becomes a
-// degree-0 polynomial or value/1, a polynomial p becomes p/1, real
-// coefficients become complex ones. Element objects are new and owned by dst.
-// REQUIRES: MatClassHolds(dst->cls, src->cls), both ranges inside storage.
-void MatCopyElements(Matrix *dst, long long k, Matrix *src, long long l, long long count);
+// dst (starting at entry k): values, or new element objects owned by dst.
+// REQUIRES: equal classes, or real into complex; both ranges inside storage.
+// (MatCopyElements in matrix/elements.h converts between every class.)
+void MatCopySameClass(Matrix *dst, long long k, Matrix *src, long long l, long long count);
 
 #endif

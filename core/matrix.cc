@@ -1,13 +1,12 @@
 #include "core/matrix.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
 #include "core/alloc.h"
 #include "core/registry.h"
 #include "core/scope.h"
-#include "scalar/polynomial.h"
-#include "scalar/rational.h"
 
 double eps = 2.22044605e-16;
 
@@ -31,31 +30,22 @@ int ElementSize(int cls) {
 
 // ---- element objects of the polynomial and rational classes ----
 
-void *NewElement(int cls, bool zero) {
-  if (IsPolyClass(cls)) {
-    Polynomial *p;
-    if (!zero)
-      p = PolyDef("", -1, nullptr);
-    else
-      p = cls == kCompPoly ? C_PolyDef("", 0, nullptr) : PolyDef("", 0, nullptr);
-    return PolyOwn(p, 3);
-  }
-  Rational *r;
-  if (!zero) {
-    r = RatDef("", -1, -1);
-  } else {
-    r = cls == kCompRat ? C_RatDef("", 0, 0) : RatDef("", 0, 0);
-    double *d = MatReal(r->deno->coef);
-    d[0] = 1.0;  // 0/1; for complex coefficients the real part of the pair
-  }
-  return RatOwn(r, 2);
+// Indexed by ClassKind: nothing for the matrix classes, then polynomials and
+// rationals once their files lend their operations.
+MatElementKind element_kinds[3];
+
+const MatElementKind &ElementKindOf(int cls) {
+  const MatElementKind &k = element_kinds[ClassKind(cls)];
+  if (k.make == nullptr) RuntimeError("MatDef()", "Element objects of this class are not linked in", 1);
+  return k;
 }
 
+void *NewElement(int cls, bool zero) { return ElementKindOf(cls).make(cls, zero); }
 
 void **Slots(Matrix *m) { return static_cast<void **>(m->elements); }
 
 void ReleaseElements(Matrix *m) {
-  if (m->cls < kPoly || m->cls > kCompRat || m->elements == nullptr) return;
+  if (!HasElementObjects(m->cls) || m->elements == nullptr) return;
   long long n = MatCount(m);
   for (long long k = 0; k < n; k++) {
     MatElementRelease(m->cls, Slots(m)[k]);
@@ -66,7 +56,7 @@ void ReleaseElements(Matrix *m) {
 void *NewStorage(long long n, int cls, bool zero) {
   void *s = emalloc_array(n, ElementSize(cls));
   if (s == nullptr) return nullptr;
-  if (cls >= kPoly) {
+  if (HasElementObjects(cls)) {
     void **e = static_cast<void **>(s);
     for (long long k = 0; k < n; k++) e[k] = NewElement(cls, zero);
   } else if (zero) {
@@ -100,7 +90,7 @@ Matrix *Define(const char *name, int rows, int cols, int cls, bool zero) {
   Matrix *m = reg.Take(Slot(n, cls));
   if (m != nullptr) {
     if (zero) {
-      if (cls >= kPoly) {
+      if (HasElementObjects(cls)) {
         ReleaseElements(m);
         for (long long k = 0; k < n; k++) Slots(m)[k] = NewElement(cls, true);
       } else if (n > 0) {
@@ -134,12 +124,15 @@ Matrix *DefineChecked(const char *name, int rows, int cols, int cls, bool zero,
 
 }  // namespace
 
+bool MatSetElementKind(int kind, const MatElementKind &ops) {
+  element_kinds[kind] = ops;
+  return true;
+}
+
+void *MatElementDup(int cls, void *e) { return ElementKindOf(cls).dup(e); }
+
 void MatElementRelease(int cls, void *e) {
-  if (e == nullptr) return;
-  if (IsPolyClass(cls))
-    PolyRelease(static_cast<Polynomial *>(e));
-  else
-    RatRelease(static_cast<Rational *>(e));
+  if (e != nullptr) ElementKindOf(cls).release(e);
 }
 
 void SetRecordName(char **name, const char *text) {
@@ -224,8 +217,8 @@ Matrix *MatMulDef(Matrix *a, Matrix *b) {
     return MatDef("", 0, 0);
   }
   // The higher kind (matrix, polynomial, rational), complex if either is.
-  int kind = (a->cls / 2 > b->cls / 2) ? a->cls / 2 : b->cls / 2;
-  int cls = kind * 2 + ((a->cls | b->cls) & 1);
+  int kind = std::max(ClassKind(a->cls), ClassKind(b->cls));
+  int cls = ClassOf(kind, HasComplexValues(a->cls) || HasComplexValues(b->cls));
   return DefineChecked("", a->rows, b->cols, cls, false, "MatMulDef()");
 }
 
@@ -236,7 +229,7 @@ void MatUndef(Matrix *m) {
   reg.Undef(
       m, Slot(n, m->cls), MatDestroy,
       [n](Matrix *r) {
-        if (r->cls < kPoly) return;
+        if (!HasElementObjects(r->cls)) return;
         // Pooled records keep empty element objects for the next definition.
         for (long long k = 0; k < n; k++) {
           MatElementRelease(r->cls, Slots(r)[k]);
@@ -275,16 +268,11 @@ Matrix *MatCopy(Matrix *dst, Matrix *src) {
       break;
     case kPoly:
     case kCompPoly:
-      for (long long k = 0; k < n; k++) {
-        MatElementRelease(dst->cls, Slots(dst)[k]);
-        Slots(dst)[k] = PolyOwn(PolyDup(static_cast<Polynomial *>(Slots(src)[k])), 3);
-      }
-      break;
     case kRat:
     case kCompRat:
       for (long long k = 0; k < n; k++) {
         MatElementRelease(dst->cls, Slots(dst)[k]);
-        Slots(dst)[k] = RatOwn(RatDup(static_cast<Rational *>(Slots(src)[k])), 2);
+        Slots(dst)[k] = ElementKindOf(src->cls).dup(Slots(src)[k]);
       }
       break;
     default:
@@ -315,7 +303,7 @@ Matrix *MatMove(Matrix *dst, Matrix *src) {
 
 Matrix *MatCopyResize(Matrix *dst, Matrix *src) {
   int status = dst->status;
-  if (dst->cls >= kPoly) {
+  if (HasElementObjects(dst->cls)) {
     FreeStorage(dst);
     dst->rows = dst->cols = 0;
   }
@@ -375,3 +363,4 @@ int MatPoolCount(long long elements, int cls) {
 Matrix *MatRegistryTail() { return reg.tail; }
 
 VELK_DEFINE_REGISTRY_ENTRIES(Mat, Matrix, reg)
+VELK_REGISTER_KIND(ObjectKind::kMatrix, Mat, Matrix, MatDef("", 0, 0))

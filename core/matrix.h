@@ -14,6 +14,30 @@ enum MatrixClass {
   kCompRat = 5,
 };
 
+// The bare pair a complex matrix stores per element (and the value of a
+// complex scalar).
+struct ComplexValue {
+  double re;
+  double im;
+};
+
+// Class predicates, the one place that knows how the codes are built: the
+// kind (matrix, polynomial, rational) times two, plus one for complex values.
+inline bool IsValidClass(int c) { return c >= kReal && c <= kCompRat; }
+inline bool IsRealClass(int c) { return c == kReal; }
+// Real or complex values stored inline (classes 0 and 1).
+inline bool IsNumericClass(int c) { return c == kReal || c == kComplex; }
+inline bool IsPolyClass(int c) { return c == kPoly || c == kCompPoly; }
+inline bool IsRatClass(int c) { return c == kRat || c == kCompRat; }
+// Elements are owned objects (polynomials, rationals): classes 2 to 5.
+inline bool HasElementObjects(int c) { return IsPolyClass(c) || IsRatClass(c); }
+// Complex values or coefficients: classes 1, 3 and 5.
+inline bool HasComplexValues(int c) { return (c & 1) != 0; }
+// 0 for matrix classes, 1 polynomial, 2 rational.
+inline int ClassKind(int c) { return c / 2; }
+// The class of a kind, with complex values or not.
+inline int ClassOf(int kind, bool complex) { return kind * 2 + (complex ? 1 : 0); }
+
 struct Matrix {
   char *name;      // empty for temporaries; kept across pooling
   int status;      // 0 temporary, 1 mark, anything else kept
@@ -79,14 +103,27 @@ Matrix *MatCopyResize(Matrix *dst, Matrix *src);
 Matrix *MatOwn(Matrix *m, int status);
 void MatRelease(Matrix *m);
 
+// The element objects of classes 2 to 5 are polynomials and rationals, kinds
+// of a higher floor: their files lend a matrix these operations (from a
+// static initializer) when they are part of the program.
+struct MatElementKind {
+  // A new element for a matrix of class cls, owned by it: an empty object,
+  // or (zero) the zero of the class.
+  void *(*make)(int cls, bool zero);
+  void *(*dup)(void *element);     // a new owned copy
+  void (*release)(void *element);  // gives an owned element back to its kind
+};
+// kind: ClassKind of the classes served (1 polynomial, 2 rational). Returns true.
+bool MatSetElementKind(int kind, const MatElementKind &ops);
+
+// A new owned copy of an element object of a class 2..5 matrix.
+void *MatElementDup(int cls, void *element);
 // Gives an element object of a class 2..5 matrix back to its kind (null: nothing).
 void MatElementRelease(int cls, void *element);
 
 // Element helpers.
 inline long long MatCount(const Matrix *m) { return static_cast<long long>(m->rows) * m->cols; }
 inline double *MatReal(Matrix *m) { return static_cast<double *>(m->elements); }
-inline bool IsPolyClass(int c) { return c == kPoly || c == kCompPoly; }
-inline bool IsRatClass(int c) { return c == kRat || c == kCompRat; }
 
 // Debug walk over the matrix registry and pool (tests): aborts on a broken
 // link or count, returns the number of live records besides the head.

@@ -16,10 +16,22 @@
 #include <cstring>
 
 #include "core/alloc.h"
+#include "core/scope.h"
 
 // Status values shared by every kind.
 constexpr int kTemporary = 0;
 constexpr int kMark = 1;
+// The status a program gives its variables (any status above 1 is kept).
+constexpr int kKept = 2;
+// Kept statuses of sub-objects owned by another object. Their values are
+// observable (reports and list records show them), so they are fixed:
+// a polynomial's coefficient matrix, a rational's two polynomials, the
+// elements of a rational matrix, and the strings and complex numbers of a list;
+constexpr int kOwnedPart = 2;
+// the elements of a polynomial matrix, and the matrices, rationals and lists of a list;
+constexpr int kOwnedElement = 3;
+// the polynomials of a list.
+constexpr int kOwnedListPolynomial = 4;
 
 // Reads a decimal environment value: `absent` when the variable is not set,
 // `negative` when it is below zero; text that is not a number reads as 0.
@@ -42,6 +54,7 @@ struct Registry {
   R **pool_head = nullptr;  // first record of each stack
   int *pool_count = nullptr;  // records on each stack
   int slots = 0;
+  unsigned long appends = 0;  // lets a sweep notice records its undefinitions put back
 
   bool Ready() const { return head != nullptr; }
 
@@ -55,6 +68,7 @@ struct Registry {
   }
 
   void Append(R *r) {
+    appends++;
     tail->next = r;
     r->prev = tail;
     r->next = nullptr;
@@ -157,25 +171,34 @@ struct Registry {
   }
 
   // From the tail back: temporaries are undefined, a mark ends the walk,
-  // anything else is passed over. The head is a mark.
+  // anything else is passed over. The head is a mark. Undefining a record may
+  // put records it owned back at the tail as temporaries (a list's nested
+  // lists); the walk then starts again from the tail so none is left behind.
   template <class Undef>
   void Sweep(Undef undef) {
     for (R *r = tail; r != nullptr;) {
       R *prev = r->prev;
-      if (r->status == kTemporary)
+      if (r->status == kTemporary) {
+        unsigned long before = appends;
         undef(r);
-      else if (r->status == kMark)
+        if (appends != before) prev = tail;
+      } else if (r->status == kMark) {
         break;
+      }
       r = prev;
     }
   }
 
+  // Undefines r and every record after it. Records that the undefinitions
+  // put back at the tail are after r's predecessor too, so they go as well.
   template <class Undef>
   static void UndefChain(R *r, Undef undef) {
+    R *before = r != nullptr ? r->prev : nullptr;
     while (r != nullptr) {
       R *next = r->next;
       undef(r);
       r = next;
+      if (r == nullptr && before != nullptr) r = before->next;
     }
   }
 
@@ -232,6 +255,15 @@ struct Registry {
     Prefix##Undef(r);                                                \
   }                                                                  \
   long Prefix##RegistryCheck() { return reg.Ready() ? reg.Check() : 0; }
+
+// Registers a kind with the scopes (core/scope.h): its sweep, a mark made
+// from the new record `make_record`, and its chain undefinition.
+#define VELK_REGISTER_KIND(kind, Prefix, Type, make_record)                                 \
+  namespace {                                                                               \
+  [[maybe_unused]] const bool kind_registered = RegisterKind(                               \
+      kind, {Prefix##Sweep, []() -> void * { return Prefix##SetStatus(make_record, kMark); }, \
+             [](void *r) { Prefix##UndefChain(static_cast<Type *>(r)); }});                \
+  }
 
 // Replaces *name by a copy of text, keeping the old buffer when the lengths
 // agree (a pooled record's name buffer is reused that way).

@@ -8,7 +8,7 @@
 
 #include "core/alloc.h"
 #include "core/matrix.h"
-#include "io/text_format.h"
+#include "core/text.h"
 
 int LogSwitch = 0;
 char MatMessageBuffer[kMessageSize];
@@ -82,7 +82,10 @@ static void DescribeMatrix(FILE *out, const void *object, bool second) {
 static void AppendMatrix(const void *object) {
   Matrix *m = const_cast<Matrix *>(static_cast<const Matrix *>(object));
   if (m->rows == 0 || m->cols == 0 || static_cast<long long>(m->rows) * m->cols > 100) return;
-  MatFileSave(m, kLogFile, 1, 1, "");
+  FILE *log = fopen(kLogFile, "a");
+  if (log == nullptr) return;
+  MatWriteSaveForm(log, m, 1, "");
+  fclose(log);
 }
 
 static const ReportKind kMatrixReport = {MatMessageBuffer, DescribeMatrix, nullptr, AppendMatrix,
@@ -91,8 +94,6 @@ static const ReportKind kMatrixReport = {MatMessageBuffer, DescribeMatrix, nullp
 VELK_DEFINE_REPORTERS(Mat, Matrix, kMatrixReport)
 
 // ---- Matrix argument checks ------------------------------------------------
-
-static bool IsComplexClass(int c) { return c == 1; }
 
 void MatCheckNonZeroSize(Matrix *a, const char *location) {
   if (a->rows == 0 || a->cols == 0) MatError(location, "Zero-size matrix", a);
@@ -114,19 +115,19 @@ void MatCheckSquare2(Matrix *a, Matrix *b, const char *location) {
   if (a->rows != a->cols || b->rows != b->cols) MatError2(location, "Not square matrices", a, b);
 }
 void MatCheckReal(Matrix *a, const char *location) {
-  if (a->cls != 0) MatError(location, "Not a real matrix", a);
+  if (!IsRealClass(a->cls)) MatError(location, "Not a real matrix", a);
 }
 void MatCheckComplex(Matrix *a, const char *location) {
-  if (!IsComplexClass(a->cls)) MatError(location, "Not a complex matrix", a);
+  if (a->cls != kComplex) MatError(location, "Not a complex matrix", a);
 }
 void MatCheckRealOrComplex(Matrix *a, const char *location) {
-  if (a->cls != 0 && a->cls != 1) MatError(location, "Not a real nor complex matrix", a);
+  if (!IsNumericClass(a->cls)) MatError(location, "Not a real nor complex matrix", a);
 }
 void MatCheckPolynomial(Matrix *a, const char *location) {
-  if (a->cls != 2 && a->cls != 3) MatError(location, "Not a polynomial matrix", a);
+  if (!IsPolyClass(a->cls)) MatError(location, "Not a polynomial matrix", a);
 }
 void MatCheckRational(Matrix *a, const char *location) {
-  if (a->cls != 4 && a->cls != 5) MatError(location, "Not a rational matrix", a);
+  if (!IsRatClass(a->cls)) MatError(location, "Not a rational matrix", a);
 }
 void MatClassError(Matrix *a, const char *location) {
   MatError(location, "Not a real nor complex matrix", a);

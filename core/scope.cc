@@ -1,64 +1,51 @@
 #include "core/scope.h"
 
+#include <array>
 #include <vector>
-
-#include "container/list.h"
-#include "container/string.h"
-#include "core/matrix.h"
-#include "core/registry.h"
-#include "scalar/complex.h"
-#include "scalar/polynomial.h"
-#include "scalar/rational.h"
-
-void SweepInOrder(SweepOrder order) {
-  for (ObjectKind kind : order) {
-    switch (kind) {
-      case ObjectKind::kMatrix: MatSweep(); break;
-      case ObjectKind::kComplex: CompSweep(); break;
-      case ObjectKind::kPolynomial: PolySweep(); break;
-      case ObjectKind::kRational: RatSweep(); break;
-      case ObjectKind::kList: ListSweep(); break;
-      case ObjectKind::kString: vkStringSweep(); break;
-    }
-  }
-}
 
 namespace {
 
-// The marks of one open scope, one per kind.
-struct ScopeMarks {
-  String *string;
-  Complex *complex;
-  Matrix *matrix;
-  Polynomial *polynomial;
-  Rational *rational;
-  List *list;
-};
+// Zero-initialised before any static initializer runs, so kinds may register
+// in any order of initialisation.
+KindEntries kinds[kObjectKinds];
 
+KindEntries &Of(ObjectKind kind) { return kinds[static_cast<int>(kind)]; }
+
+// The order marks are set in, and the reverse order their chains are undefined in.
+constexpr ObjectKind kMarkOrder[] = {ObjectKind::kString,     ObjectKind::kComplex,
+                                     ObjectKind::kMatrix,     ObjectKind::kPolynomial,
+                                     ObjectKind::kRational,   ObjectKind::kList};
+
+// The marks of one open scope, one per kind (null: the kind is not linked in).
+using ScopeMarks = std::array<void *, kObjectKinds>;
 std::vector<ScopeMarks> scopes;
 
 }  // namespace
 
+bool RegisterKind(ObjectKind kind, const KindEntries &entries) {
+  Of(kind) = entries;
+  return true;
+}
+
+void SweepInOrder(SweepOrder order) {
+  for (ObjectKind kind : order)
+    if (Of(kind).sweep != nullptr) Of(kind).sweep();
+}
+
 void ObjectScope(int flag) {
   if (flag == 1) {
-    ScopeMarks m;
-    m.string = vkStringDef("", -1);
-    vkStringSetStatus(m.string, kMark);
-    m.complex = CompSetStatus(CompDef("", 0, 0), kMark);
-    m.matrix = MatSetStatus(MatDef("", 0, 0), kMark);
-    m.polynomial = PolySetStatus(PolyDef("", -1, nullptr), kMark);
-    m.rational = RatSetStatus(RatDef("", -1, -1), kMark);
-    m.list = ListSetStatus(ListDef("", 0), kMark);
-    scopes.push_back(m);
+    ScopeMarks marks{};
+    for (ObjectKind kind : kMarkOrder)
+      if (Of(kind).mark != nullptr) marks[static_cast<int>(kind)] = Of(kind).mark();
+    scopes.push_back(marks);
     return;
   }
   if (scopes.empty()) return;
-  ScopeMarks m = scopes.back();
+  ScopeMarks marks = scopes.back();
   scopes.pop_back();
-  ListUndefChain(m.list);
-  RatUndefChain(m.rational);
-  PolyUndefChain(m.polynomial);
-  MatUndefChain(m.matrix);
-  CompUndefChain(m.complex);
-  vkStringUndefChain(m.string);
+  for (int k = kObjectKinds - 1; k >= 0; k--) {
+    ObjectKind kind = kMarkOrder[k];
+    void *mark = marks[static_cast<int>(kind)];
+    if (mark != nullptr) Of(kind).undef_chain(mark);
+  }
 }

@@ -11,11 +11,13 @@
 #include <string>
 
 #include "core/constructors.h"
+#include "core/registry.h"
 #include "editor/terminal.h"
 #include "io/text_format.h"
 #include "matrix/block.h"
 #include "matrix/operations.h"
 #include "scalar/complex.h"
+#include "scalar/fill.h"
 
 namespace {
 
@@ -44,7 +46,7 @@ constexpr const char *kNumberKeys = "0123456789eE.-";
 
 // Status of every matrix the editor holds: operations that assign sweep the
 // temporaries, and the editor's matrices must outlive those sweeps.
-constexpr int kHeld = 2;
+constexpr int kHeld = kKept;
 
 // ============================================================================
 // State

@@ -10,6 +10,7 @@
 
 #include "core/alloc.h"
 #include "core/matrix.h"
+#include "core/registry.h"
 #include "core/report.h"
 #include "scalar/polynomial.h"
 #include "scalar/rational.h"
@@ -352,19 +353,19 @@ Polynomial *ReadPolynomial(FILE *stream, int degree, bool complex_class, bool fo
 // Reads one element of a class 2 to 5 record as a new owned object, or null
 // when the data is short or broken.
 void *ReadElement(FILE *stream, int cls, bool foreign) {
-  bool complex_class = (cls & 1) != 0;
+  bool complex_class = HasComplexValues(cls);
   bool ok = true;
   if (IsPolyClass(cls)) {
     int degree;
     if (!DataReadWords(stream, &degree, 1, foreign)) return nullptr;
     Polynomial *p = ReadPolynomial(stream, degree, complex_class, foreign, &ok);
-    return ok ? PolyOwn(p, 3) : nullptr;
+    return ok ? PolyOwn(p, kOwnedElement) : nullptr;
   }
   int degrees[2];
   if (!DataReadWords(stream, degrees, 2, foreign)) return nullptr;
   Polynomial *nume = ReadPolynomial(stream, degrees[0], complex_class, foreign, &ok);
   if (!ok) return nullptr;
-  PolyOwn(nume, 2);
+  PolyOwn(nume, kOwnedPart);
   Polynomial *deno = ReadPolynomial(stream, degrees[1], complex_class, foreign, &ok);
   if (!ok) {
     PolyRelease(nume);
@@ -374,10 +375,10 @@ void *ReadElement(FILE *stream, int cls, bool foreign) {
   PolyRelease(r->nume);
   PolyRelease(r->deno);
   r->nume = nume;
-  r->deno = PolyOwn(deno, 2);
+  r->deno = PolyOwn(deno, kOwnedPart);
   r->nume_degree = degrees[0];
   r->deno_degree = degrees[1];
-  return RatOwn(r, 2);
+  return RatOwn(r, kOwnedPart);
 }
 
 void ReleaseElement(int cls, void *e) {
@@ -486,7 +487,7 @@ Matrix *MatWrite(Matrix *m, FILE *stream, int kind) {
            stream);
     return m;
   }
-  bool complex_class = (m->cls & 1) != 0;
+  bool complex_class = HasComplexValues(m->cls);
   for (int j = 0; j < m->cols; j++) {
     for (int i = 0; i < m->rows; i++) {
       if (IsPolyClass(m->cls)) {

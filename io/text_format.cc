@@ -12,7 +12,6 @@
 
 #include "core/alloc.h"
 #include "io/number_text.h"
-#include "scalar/complex.h"
 
 namespace {
 
@@ -319,56 +318,7 @@ void WriteColumns(FILE *fp, Matrix *m) {
   }
 }
 
-// ---- The save form and the listings --------------------------------------------
-
-MatPolyText poly_text = {nullptr, nullptr};
-MatRatText rat_text = {nullptr, nullptr};
-
-// Elements per block of a saved row.
-int SaveBlock(int cls) { return cls == kReal ? 4 : cls == kComplex ? 2 : 1; }
-
-void SaveElement(FILE *fp, Matrix *m, long long k, bool last) {
-  char text[kRealTextSize];
-  if (m->cls == kReal) {
-    fprintf(fp, last ? "%16s  " : "%16s,", RealToString(MatReal(m)[k], text, "%16.8E"));
-  } else if (m->cls == kComplex) {
-    ComplexValue v{MatReal(m)[2 * k], MatReal(m)[2 * k + 1]};
-    fprintf(fp, "%16s", ComplexValueToString(&v, text, "%16.8E"));
-    if (!last) fputs(",  ", fp);
-  } else if (IsPolyClass(m->cls) && poly_text.element != nullptr) {
-    char *s = poly_text.element(static_cast<Polynomial **>(m->elements)[k], 3, 73);
-    fprintf(fp, last ? " %s " : " %s,  ", s);
-    efree(s);
-  } else if (IsRatClass(m->cls) && rat_text.element != nullptr) {
-    char *nume, *deno;
-    rat_text.element(static_cast<Rational **>(m->elements)[k], 3, 70, &nume, &deno);
-    fprintf(fp, last ? " (%s)/\n   (%s) " : " (%s)/\n   (%s),  ", nume, deno);
-    efree(nume);
-    efree(deno);
-  }
-}
-
-void SaveRows(FILE *fp, Matrix *m, bool function, int terminate) {
-  const int block = SaveBlock(m->cls);
-  for (int i = 0; i < m->rows; i++) {
-    if (i > 0) fputc(' ', fp);
-    for (int j0 = 0; j0 < m->cols; j0 += block) {
-      fputs(j0 == 0 ? "[" : "  ", fp);
-      const int j1 = std::min(m->cols, j0 + block);
-      for (int j = j0; j < j1; j++)
-        SaveElement(fp, m, static_cast<long long>(i) * m->cols + j, j == m->cols - 1);
-      if (j1 < m->cols) {
-        fputc('\n', fp);
-      } else if (i < m->rows - 1) {
-        fputs("]\n", fp);
-      } else {
-        fputs("]]", fp);
-        if (function) fputc(')', fp);
-        if (terminate) fputs(";\n\n", fp);
-      }
-    }
-  }
-}
+// ---- The listings --------------------------------------------------------------
 
 enum class PrintStyle { kMatrix, kArray, kIndex };
 
@@ -431,9 +381,9 @@ void Print(Matrix *m, PrintStyle style) {
   else if (m->cls == kComplex)
     body = PrintComplexBody;
   else if (IsPolyClass(m->cls))
-    body = poly_text.print_body;
+    body = MatGetPolyText().print_body;
   else if (IsRatClass(m->cls))
-    body = rat_text.print_body;
+    body = MatGetRatText().print_body;
   if (body != nullptr) body(m);
 }
 
@@ -486,17 +436,7 @@ Matrix *MatFileSave(Matrix *m, const char *file, int append, int terminate,
     MatSetMessage("save %s(%dx%d), \"%s\"", NameOf(m), m->rows, m->cols, file);
   });
   if (fp == nullptr) return m;
-  const bool function = function_name != nullptr && function_name[0] != '\0';
-  const bool named = NameOf(m)[0] != '\0';
-  if (named) fprintf(fp, "%s = ", NameOf(m));
-  if (function) fprintf(fp, "%s(", function_name);
-  fputs(named ? "[\n " : "[", fp);
-  if (m->rows == 0) {
-    fputc(']', fp);
-    if (terminate) fputs(";\n\n", fp);
-  } else {
-    SaveRows(fp, m, function, terminate);
-  }
+  MatWriteSaveForm(fp, m, terminate, function_name);
   CloseText(fp);
   return m;
 }
@@ -505,16 +445,3 @@ void MatPrint(Matrix *m) { Print(m, PrintStyle::kMatrix); }
 void MatPrintArray(Matrix *m) { Print(m, PrintStyle::kArray); }
 void MatPrintIndex(Matrix *m) { Print(m, PrintStyle::kIndex); }
 
-char *RealToString(double value, char *buffer, const char *format) {
-  if (buffer == nullptr) buffer = static_cast<char *>(emalloc(kRealTextSize));
-  if (std::isnan(value))
-    strcpy(buffer, "NaN");
-  else if (std::isinf(value))
-    strcpy(buffer, value > 0 ? "Inf" : "-Inf");
-  else
-    snprintf(buffer, kRealTextSize, format != nullptr ? format : "%G", value);
-  return buffer;
-}
-
-void MatSetPolyText(const MatPolyText &text) { poly_text = text; }
-void MatSetRatText(const MatRatText &text) { rat_text = text; }

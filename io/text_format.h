@@ -10,9 +10,7 @@
 #include <cstdio>
 
 #include "core/matrix.h"
-
-struct Polynomial;
-struct Rational;
+#include "core/text.h"
 
 // A new unnamed real or complex matrix read from the file ("stdin": standard
 // input, never closed). A file that cannot be opened or holds broken data is
@@ -35,30 +33,5 @@ Matrix *MatFileSave(Matrix *m, const char *file, int append, int terminate,
 void MatPrint(Matrix *m);
 void MatPrintArray(Matrix *m);
 void MatPrintIndex(Matrix *m);
-
-// Size of the buffer RealToString allocates; a caller's buffer must hold as much.
-constexpr int kRealTextSize = 64;
-
-// "NaN", "Inf" or "-Inf" for the special values, otherwise value in format
-// ("%G" when format is null). With a null buffer a new one of kRealTextSize
-// characters is allocated with emalloc and returned; the caller frees it.
-char *RealToString(double value, char *buffer, const char *format);
-
-// The polynomial and rational layers plug their text forms in here. Until
-// they do, a polynomial or rational listing shows only its title line and
-// their saved elements carry no text.
-struct MatPolyText {
-  // p's text broken into lines by "\n" with the given indent and width; a
-  // new emalloc'd buffer the caller frees.
-  char *(*element)(Polynomial *p, int indent, int width);
-  void (*print_body)(Matrix *m);  // REQUIRES: m has rows and columns
-};
-struct MatRatText {
-  // The numerator and denominator texts of r, broken as above; new buffers.
-  void (*element)(Rational *r, int indent, int width, char **nume, char **deno);
-  void (*print_body)(Matrix *m);
-};
-void MatSetPolyText(const MatPolyText &text);
-void MatSetRatText(const MatRatText &text);
 
 #endif

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "core/constructors.h"
+#include "core/registry.h"
 #include "matrix/frontend.h"
 #include "scalar/polynomial.h"
 
@@ -86,7 +87,7 @@ Matrix *Part(Matrix *a, bool imag) {
   for (long long k = 0; k < n; k++) {
     Polynomial *q = CoefficientPart(Entries<Polynomial *>(a)[k], imag);
     PolyRelease(out[k]);
-    out[k] = PolyOwn(q, 3);
+    out[k] = PolyOwn(q, kOwnedElement);
   }
   return c;
 }

@@ -20,7 +20,6 @@ Matrix *Convert(Matrix *m, int cls, const char *location, bool accepted) {
   return MatSetName(c, m->name);
 }
 
-bool IsMatrixKind(int c) { return c == kReal || c == kComplex; }
 
 // ---- promotion -------------------------------------------------------------------
 
@@ -93,20 +92,20 @@ Matrix *ArithmeticPending(const char *location, Matrix *a, Matrix *b) {
 // ---- conversions ------------------------------------------------------------------
 
 Matrix *MatRealToComp(Matrix *m) {
-  return Convert(m, m->cls | 1, "MatRealToComp()", IsValidClass(m->cls));
+  return Convert(m, ClassOf(ClassKind(m->cls), true), "MatRealToComp()", IsValidClass(m->cls));
 }
 Matrix *MatRealToPoly(Matrix *m) {
-  return Convert(m, kPoly | (m->cls & 1), "MatRealToPoly()", IsMatrixKind(m->cls));
+  return Convert(m, ClassOf(ClassKind(kPoly), HasComplexValues(m->cls)), "MatRealToPoly()", IsNumericClass(m->cls));
 }
 Matrix *MatCompToPoly(Matrix *m) {
-  return Convert(m, kCompPoly, "MatCompToPoly()", IsMatrixKind(m->cls));
+  return Convert(m, kCompPoly, "MatCompToPoly()", IsNumericClass(m->cls));
 }
 Matrix *MatRealToRat(Matrix *m) {
-  return Convert(m, kRat | (m->cls & 1), "MatRealToRat()", IsMatrixKind(m->cls));
+  return Convert(m, ClassOf(ClassKind(kRat), HasComplexValues(m->cls)), "MatRealToRat()", IsNumericClass(m->cls));
 }
 Matrix *MatCompToRat(Matrix *m) {
-  return Convert(m, kCompRat, "MatCompToRat()", IsMatrixKind(m->cls));
+  return Convert(m, kCompRat, "MatCompToRat()", IsNumericClass(m->cls));
 }
 Matrix *MatPolyToRat(Matrix *m) {
-  return Convert(m, kRat | (m->cls & 1), "MatPolyToRat()", IsPolyClass(m->cls));
+  return Convert(m, ClassOf(ClassKind(kRat), HasComplexValues(m->cls)), "MatPolyToRat()", IsPolyClass(m->cls));
 }

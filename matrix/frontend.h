@@ -14,6 +14,8 @@
 
 #include "core/constructors.h"
 #include "core/matrix.h"
+#include "matrix/elements.h"
+#include "scalar/fill.h"
 #include "scalar/polynomial.h"
 #include "scalar/rational.h"
 
@@ -29,8 +31,6 @@ template <class T>
 T *Entries(Matrix *m) {
   return static_cast<T *>(m->elements);
 }
-
-inline bool IsValidClass(int c) { return c >= kReal && c <= kCompRat; }
 
 // The expression texts of most front-ends: one or two operands written as
 // name(rows x cols) into a fixed format.

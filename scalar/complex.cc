@@ -101,3 +101,4 @@ Complex *CompLet(Complex *dst, Complex *src) {
 int CompPoolCount() { return reg.Ready() ? reg.pool_count[0] : 0; }
 
 VELK_DEFINE_REGISTRY_ENTRIES(Comp, Complex, reg)
+VELK_REGISTER_KIND(ObjectKind::kComplex, Comp, Complex, CompDef("", 0, 0))

@@ -2,7 +2,9 @@
 #ifndef VELK_SCALAR_COMPLEX_H
 #define VELK_SCALAR_COMPLEX_H
 
+#include "core/matrix.h"
 #include "core/report.h"
+#include "core/text.h"
 
 struct Complex {
   char *name;  // empty for temporaries
@@ -11,12 +13,6 @@ struct Complex {
   double im;
   Complex *prev;
   Complex *next;
-};
-
-// The bare pair stored by complex matrices.
-struct ComplexValue {
-  double re;
-  double im;
 };
 
 extern char CompMessageBuffer[kMessageSize];
@@ -45,10 +41,7 @@ void CompRelease(Complex *c);
 long CompRegistryCheck();
 int CompPoolCount();
 
-// Text forms "(re,im)", each part through RealToString with format (null:
-// its default). With a null buf a new 64-character buffer is allocated and
-// returned; a caller's buf must hold 64 characters.
+// The text form "(re,im)" of c, as ComplexValueToString (core/text.h) writes it.
 char *CompToString(Complex *c, char *buf, const char *format);
-char *ComplexValueToString(ComplexValue *v, char *buf, const char *format);
 
 #endif

@@ -36,7 +36,7 @@ Matrix *ZeroCoefficients(int degree, int kind) {
   Matrix *m = MatDefClass("", 1, degree + 1, kind == 1 ? kComplex : kReal, "MatDef()");
   if (m->elements != nullptr)
     memset(m->elements, 0, static_cast<size_t>(degree + 1) * (kind == 1 ? 16 : 8));
-  return MatOwn(m, 2);
+  return MatOwn(m, kOwnedPart);
 }
 
 void FreeContents(Polynomial *p) {
@@ -81,7 +81,7 @@ void PolyInit() {
   head->name = StringDup("TOPPOLY");
   head->variable = StringDup("s");
   head->status = kMark;
-  head->coef = MatOwn(MatSetName(MatDef("TOPPOLY", 1, 1), "TOPPOLY"), 2);
+  head->coef = MatOwn(MatSetName(MatDef("TOPPOLY", 1, 1), "TOPPOLY"), kOwnedPart);
   MatReal(head->coef)[0] = 0.0;
   reg.limit = EnvLimit("POLYNOMIAL_TABLE_MAX", 0, 0);
   degree_max = EnvLimit("POLYNOMIAL_DEGREE_MAX", 1000, 1000);
@@ -182,3 +182,18 @@ int PolyPoolCount(int degree, int kind) {
 }
 
 VELK_DEFINE_REGISTRY_ENTRIES(Poly, Polynomial, reg)
+// Polynomials serve as the elements of matrices of classes 2 and 3.
+namespace {
+void *MakeElement(int cls, bool zero) {
+  Polynomial *p = !zero                      ? PolyDef("", -1, nullptr)
+                  : HasComplexValues(cls) ? C_PolyDef("", 0, nullptr)
+                                          : PolyDef("", 0, nullptr);
+  return PolyOwn(p, kOwnedElement);
+}
+void *DupElement(void *e) { return PolyOwn(PolyDup(static_cast<Polynomial *>(e)), kOwnedElement); }
+void ReleaseElement(void *e) { PolyRelease(static_cast<Polynomial *>(e)); }
+[[maybe_unused]] const bool elements_lent =
+    MatSetElementKind(ClassKind(kPoly), {MakeElement, DupElement, ReleaseElement});
+}  // namespace
+
+VELK_REGISTER_KIND(ObjectKind::kPolynomial, Poly, Polynomial, PolyDef("", -1, nullptr))

@@ -25,7 +25,7 @@ const ReportKind kReport = {RatMessageBuffer, Describe, "Can't open logfile\n", 
 
 Polynomial *NewPart(int degree, int kind) {
   Polynomial *p = kind == 1 ? C_PolyDef("", degree, nullptr) : PolyDef("", degree, nullptr);
-  return PolyOwn(p, 2);
+  return PolyOwn(p, kOwnedPart);
 }
 
 // Pooled rationals own no polynomials: a definition always makes new ones.
@@ -63,8 +63,8 @@ void RatInit() {
   Rational *head = Registry<Rational>::NewRecord();
   head->name = StringDup("TOPRAT");
   head->status = kMark;
-  head->nume = PolyOwn(PolySetName(PolyDef("", 0, nullptr), "TOPRAT-NUME"), 2);
-  head->deno = PolyOwn(PolySetName(PolyDef("", 0, nullptr), "TOPRAT-DENO"), 2);
+  head->nume = PolyOwn(PolySetName(PolyDef("", 0, nullptr), "TOPRAT-NUME"), kOwnedPart);
+  head->deno = PolyOwn(PolySetName(PolyDef("", 0, nullptr), "TOPRAT-DENO"), kOwnedPart);
   reg.limit = EnvLimit("RATIONAL_TABLE_MAX", 0, 0);
   reg.Start(head, 1);
   RatMessageBuffer[0] = '\0';
@@ -159,3 +159,18 @@ Rational *RatSwap(Rational *a, Rational *b) {
 int RatPoolCount() { return reg.Ready() ? reg.pool_count[0] : 0; }
 
 VELK_DEFINE_REGISTRY_ENTRIES(Rat, Rational, reg)
+// Rationals serve as the elements of matrices of classes 4 and 5.
+namespace {
+void *MakeElement(int cls, bool zero) {
+  if (!zero) return RatOwn(RatDef("", -1, -1), kOwnedPart);
+  Rational *r = HasComplexValues(cls) ? C_RatDef("", 0, 0) : RatDef("", 0, 0);
+  MatReal(r->deno->coef)[0] = 1.0;  // 0/1; for complex coefficients the real part of the pair
+  return RatOwn(r, kOwnedPart);
+}
+void *DupElement(void *e) { return RatOwn(RatDup(static_cast<Rational *>(e)), kOwnedPart); }
+void ReleaseElement(void *e) { RatRelease(static_cast<Rational *>(e)); }
+[[maybe_unused]] const bool elements_lent =
+    MatSetElementKind(ClassKind(kRat), {MakeElement, DupElement, ReleaseElement});
+}  // namespace
+
+VELK_REGISTER_KIND(ObjectKind::kRational, Rat, Rational, RatDef("", -1, -1))

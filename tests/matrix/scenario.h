@@ -13,6 +13,9 @@
 #include <vector>
 
 #include "core/constructors.h"
+#include "core/registry.h"
+#include "matrix/elements.h"
+#include "scalar/fill.h"
 #include "support/exact.h"
 
 using Cx = std::complex<double>;
