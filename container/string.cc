@@ -139,5 +139,21 @@ int vkStringPoolCount(int length) {
   return reg.Ready() && slot >= 0 ? reg.pool_count[slot] : 0;
 }
 
+const char *set_string(const char *text) {
+  constexpr size_t kMax = 8192;
+  static char previous[kMax];
+  static char joined[2 * kMax];
+  size_t n = strlen(text);
+  if (n + 1 > kMax) {
+    RuntimeError("set_string(...)", "String is too long", 1);
+    return joined;
+  }
+  size_t p = strlen(previous);
+  memcpy(joined, previous, p);
+  memcpy(joined + p, text, n + 1);
+  memcpy(previous, text, n + 1);
+  return joined;
+}
+
 VELK_DEFINE_REGISTRY_ENTRIES(vkString, String, reg)
 VELK_REGISTER_KIND(ObjectKind::kString, vkString, String, vkStringDef("", -1))

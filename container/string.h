@@ -35,6 +35,10 @@ String *vkStringDup(String *s);
 String *vkStringOwn(String *s, int status);
 void vkStringRelease(String *s);
 
+// Returns the previous argument followed by this one, and keeps this one as
+// the previous argument of the next call. Valid until the next call.
+const char *set_string(const char *text);
+
 long vkStringRegistryCheck();
 int vkStringPoolCount(int length);
 

@@ -116,26 +116,6 @@ const char *RealText(double value, char *buffer) {
 
 // ---- scalar text files ----
 
-FILE *OpenOut(const char *file, const char *mode) {
-  if (strcmp(file, "stdout") == 0) return stdout;
-  return fopen(file, mode);
-}
-
-void CloseOut(FILE *f) {
-  if (f == stdout)
-    fflush(stdout);
-  else
-    fclose(f);
-}
-
-// Opens for a save, or writes the failure message for the open mode.
-FILE *OpenSave(const char *file, int append, const char *write_message,
-               const char *append_message) {
-  FILE *f = OpenOut(file, append ? "a" : "w");
-  if (f == nullptr) fprintf(stderr, append ? append_message : write_message, file);
-  return f;
-}
-
 bool Named(const char *name) { return name != nullptr && name[0] != '\0'; }
 
 }  // namespace
@@ -322,61 +302,4 @@ void Pause(const char *message, double seconds) {
     TermExit(SIGINT);
   }
   if (c == kKeyCtrlZ) kill(getpid(), SIGTSTP);
-}
-
-// ---- Scalar text files ----
-
-int IntegerFileSave(int value, const char *file, const char *name, int append, int terminate) {
-  FILE *f = OpenSave(file, append, "IntegerFileSave(): Can't open %s.\n",
-                     "IntegerFileSave(): Cann't open %s.\n");
-  if (f == nullptr) return -1;
-  if (Named(name))
-    fprintf(f, "%s = %d", name, value);
-  else
-    fprintf(f, "%d", value);
-  if (terminate) fputs(";\n\n", f);
-  CloseOut(f);
-  return 0;
-}
-
-int RealFileSave(double value, const char *file, const char *name, int append, int terminate) {
-  FILE *f = OpenSave(file, append, "RealFileSave(): Can't open %s.\n",
-                     "RealFileSave(): Can't open %s.\n");
-  if (f == nullptr) return -1;
-  char buffer[64];
-  if (Named(name)) fprintf(f, "%s = ", name);
-  fprintf(f, "%16s", RealToString(value, buffer, "%16.8E"));
-  if (terminate) fputs(";\n\n", f);
-  CloseOut(f);
-  return 0;
-}
-
-int StringFileWrite(const char *name, const char *text, const char *file) {
-  (void)name;
-  FILE *f = OpenOut(file, "w");
-  if (f == nullptr) {
-    fprintf(stderr, "StringFileWrite(): Can not open %s.\n", file);
-    return -1;
-  }
-  fprintf(f, "%s", text);
-  CloseOut(f);
-  return 0;
-}
-
-// ---- String holder ----
-
-const char *set_string(const char *text) {
-  constexpr size_t kMax = 8192;
-  static char previous[kMax];
-  static char joined[2 * kMax];
-  size_t n = strlen(text);
-  if (n + 1 > kMax) {
-    RuntimeError("set_string(...)", "String is too long", 1);
-    return joined;
-  }
-  size_t p = strlen(previous);
-  memcpy(joined, previous, p);
-  memcpy(joined + p, text, n + 1);
-  memcpy(previous, text, n + 1);
-  return joined;
 }

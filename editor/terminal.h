@@ -118,18 +118,4 @@ void RealShow(const char *name, double value);
 // "Please hit any key to continue !!") until a key, then erased.
 void Pause(const char *message, double seconds);
 
-// ---- Scalar text files ("stdout" is standard output, never closed) ----
-
-// "%s = %d" (or "%d" without a name), then ";\n\n" when terminated.
-// Returns 0, or -1 after a message on stderr.
-int IntegerFileSave(int value, const char *file, const char *name, int append, int terminate);
-// "%s = " then the value as "%16s" of "%16.8E", then ";\n\n" when terminated.
-int RealFileSave(double value, const char *file, const char *name, int append, int terminate);
-// Writes text into file (mode "w"). `name` is the text object's name.
-int StringFileWrite(const char *name, const char *text, const char *file);
-
-// Returns the previous argument followed by this one, and keeps this one as
-// the previous argument of the next call. Valid until the next call.
-const char *set_string(const char *text);
-
 #endif

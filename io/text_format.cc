@@ -12,28 +12,42 @@
 
 #include "core/alloc.h"
 #include "io/number_text.h"
+#include "io/output_file.h"
 
 namespace {
 
 // ---- Opening and closing ---------------------------------------------------
 
-// "stdin" and "stdout" stand for the standard streams, which are never closed.
-// On failure the caller's label is set and the open failure reported.
+// The failures of opening and writing a file: the caller's label is set and
+// the report made from the caller's location.
 template <class SetLabel>
-FILE *OpenText(const char *file, const char *mode, const char *location, SetLabel set_label) {
-  if (mode[0] == 'r' && strcmp(file, "stdin") == 0) return stdin;
-  if (mode[0] != 'r' && strcmp(file, "stdout") == 0) return stdout;
-  FILE *fp = fopen(file, mode);
-  if (fp == nullptr) {
-    set_label();
-    std::string message = std::string("Can't open file ") + file;
-    MatError(location, message.c_str(), nullptr);
-  }
+void FileFailure(const char *what, const char *file, const char *location, SetLabel set_label) {
+  set_label();
+  std::string message = std::string(what) + file;
+  MatError(location, message.c_str(), nullptr);
+}
+
+// "stdin" stands for the standard input, which is never closed.
+template <class SetLabel>
+FILE *OpenInput(const char *file, const char *location, SetLabel set_label) {
+  if (strcmp(file, "stdin") == 0) return stdin;
+  FILE *fp = fopen(file, "r");
+  if (fp == nullptr) FileFailure("Can't open file ", file, location, set_label);
   return fp;
 }
 
-void CloseText(FILE *fp) {
-  if (fp != stdin && fp != stdout) fclose(fp);
+// Output through OutputFile ("stdout" included): false after the open
+// failure's report.
+template <class SetLabel>
+bool OpenOutput(OutputFile &out, const char *file, const char *location, SetLabel set_label) {
+  if (out.stream() != nullptr) return true;
+  FileFailure("Can't open file ", file, location, set_label);
+  return false;
+}
+
+template <class SetLabel>
+void FinishOutput(OutputFile &out, const char *file, const char *location, SetLabel set_label) {
+  if (!out.Finish()) FileFailure("Can't write file ", file, location, set_label);
 }
 
 const char *NameOf(const Matrix *m) { return m->name != nullptr ? m->name : ""; }
@@ -392,7 +406,7 @@ void Print(Matrix *m, PrintStyle style) {
 // ---- Public entries --------------------------------------------------------------
 
 Matrix *MatFileRead(const char *file) {
-  FILE *fp = OpenText(file, "r", "MatFileRead()", [&] { MatSetMessage("read << \"%s\"", file); });
+  FILE *fp = OpenInput(file, "MatFileRead()", [&] { MatSetMessage("read << \"%s\"", file); });
   if (fp == nullptr) return MatDef("", 0, 0);
   Shape shape;
   std::vector<double> values;
@@ -416,28 +430,28 @@ Matrix *MatFileWrite(Matrix *m, const char *file) {
   auto label = [&] {
     MatSetMessage("print %s(%dx%d) >> \"%s\"", NameOf(m), m->rows, m->cols, file);
   };
-  FILE *fp = OpenText(file, "w", "MatFileWrite()", label);
-  if (fp == nullptr) return m;
-  if (m->cls != kReal && m->cls != kComplex) {
+  OutputFile out(file, false);
+  if (!OpenOutput(out, file, "MatFileWrite()", label)) return m;
+  if (!IsNumericClass(m->cls)) {
+    // Nothing is written: the file stays as it was.
     label();
-    CloseText(fp);
+    out.Abandon();
     MatError("MatFileWrite()", "Neither a real matrix nor a complex matrix", m);
     return m;
   }
-  fprintf(fp, m->cls == kComplex ? "# %d %d C\n" : "# %d %d\n", m->rows, m->cols);
-  WriteColumns(fp, m);
-  CloseText(fp);
+  fprintf(out.stream(), m->cls == kComplex ? "# %d %d C\n" : "# %d %d\n", m->rows, m->cols);
+  WriteColumns(out.stream(), m);
+  FinishOutput(out, file, "MatFileWrite()", label);
   return m;
 }
 
 Matrix *MatFileSave(Matrix *m, const char *file, int append, int terminate,
                     const char *function_name) {
-  FILE *fp = OpenText(file, append ? "a" : "w", "MatFileSave()", [&] {
-    MatSetMessage("save %s(%dx%d), \"%s\"", NameOf(m), m->rows, m->cols, file);
-  });
-  if (fp == nullptr) return m;
-  MatWriteSaveForm(fp, m, terminate, function_name);
-  CloseText(fp);
+  auto label = [&] { MatSetMessage("save %s(%dx%d), \"%s\"", NameOf(m), m->rows, m->cols, file); };
+  OutputFile out(file, append != 0);
+  if (!OpenOutput(out, file, "MatFileSave()", label)) return m;
+  MatWriteSaveForm(out.stream(), m, terminate, function_name);
+  FinishOutput(out, file, "MatFileSave()", label);
   return m;
 }
 

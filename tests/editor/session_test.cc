@@ -14,9 +14,14 @@
 #include "editor/editor.h"
 #include "editor/entry.h"
 #include "editor/terminal.h"
+#include "io/output_file.h"
 #include "scalar/complex.h"
 #include "tests/editor/editor_fixture.h"
 #include "tests/support/exact.h"
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 
 namespace velk_test {
 namespace {
@@ -89,30 +94,6 @@ TEST(EditorEntry, EqualityIsExactAndNaNNeverEqual) {
   MatSweepAll();
 }
 
-using ScalarFiles = EditorTest;
-
-TEST_F(ScalarFiles, SavesWriteTheTextFormsOrReportAndReturnMinusOne) {
-  std::string f = Path("values");
-  std::string bad = Path("no/such/file");
-  EXPECT_EQ(IntegerFileSave(5, f.c_str(), "n", 0, 1), 0);
-  EXPECT_EQ(IntegerFileSave(-3, f.c_str(), "", 1, 0), 0);
-  EXPECT_EQ(RealFileSave(NAN, f.c_str(), nullptr, 1, 0), 0);
-  EXPECT_EQ(ReadText(f), "n = 5;\n\n-3             NaN");
-  EXPECT_EQ(RealFileSave(1.5, f.c_str(), "x", 0, 1), 0);
-  EXPECT_EQ(ReadText(f), "x =   1.50000000E+00;\n\n");
-  EXPECT_EQ(StringFileWrite("s", "some text", f.c_str()), 0);
-  EXPECT_EQ(ReadText(f), "some text");
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(IntegerFileSave(1, bad.c_str(), "n", 0, 0), -1);
-  EXPECT_EQ(IntegerFileSave(1, bad.c_str(), "n", 1, 0), -1);
-  EXPECT_EQ(RealFileSave(1, bad.c_str(), "x", 1, 0), -1);
-  EXPECT_EQ(StringFileWrite("s", "t", bad.c_str()), -1);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "IntegerFileSave(): Can't open " + bad + ".\nIntegerFileSave(): Cann't open " + bad +
-                ".\nRealFileSave(): Can't open " + bad + ".\nStringFileWrite(): Can not open " +
-                bad + ".\n");
-}
-
 TEST(LineInput, TakesItsCharactersEchoesThemAndFallsBackToTheDefault) {
   Feed("\n-1a2\n3.5e1x\n\b\b7\r\n4\nk");
   testing::internal::CaptureStdout();
@@ -130,14 +111,36 @@ TEST(LineInput, TakesItsCharactersEchoesThemAndFallsBackToTheDefault) {
             "Please hit any key to continue !!\r" + std::string(33, ' ') + "\rwait");
 }
 
-TEST(StringHolder, JoinsThePreviousArgumentAndRefusesLongOnes) {
-  EXPECT_STREQ(set_string("ab"), "ab");
-  EXPECT_STREQ(set_string("cd"), "abcd");
-  std::string longest(8191, 'x');
-  EXPECT_EQ(strlen(set_string(longest.c_str())), 8193u);
-  EXPECT_EQ(strlen(set_string("")), 8191u);
-  EXPECT_EXIT(set_string(std::string(8192, 'x').c_str()), testing::ExitedWithCode(0),
-              Exact("\nset_string(...) : String is too long\n"));
+// Every write to a new temporary fails as on a full disk.
+void WritesFail(int fd) {
+  int full = open("/dev/full", O_WRONLY);
+  dup2(full, fd);
+  close(full);
+}
+
+// Quitting after a change on a full disk: the old file stays as it was and
+// the failure is reported (the write-back takes the writers' safe path).
+TEST(EditorEntry, FailedWriteBackKeepsTheFileAndReports) {
+  std::string dir = testing::TempDir() + "velk-entry-XXXXXX";
+  ASSERT_NE(mkdtemp(dir.data()), nullptr);
+  std::string file = dir + "/a.mat";
+  const std::string old = "# 1 1\n  7.00000000E+00\n";
+  std::ofstream(file) << old;
+  auto edit_and_quit = [&] {
+    OutputFileSetTemporaryHook(WritesFail);
+    Feed("j5\nq");
+    if (freopen("/dev/null", "w", stdout) == nullptr) _exit(2);
+    char *argv[] = {const_cast<char *>("velk-edit"), file.data(), nullptr};
+    VelkEditMain(2, argv);
+  };
+  EXPECT_EXIT(edit_and_quit(), testing::ExitedWithCode(0),
+      Exact("\nprint " + file + "(1x1) >> \"" + file + "\" : Can't write file " + file +
+            " in MatFileWrite().\n"));
+  std::stringstream kept;
+  kept << std::ifstream(file).rdbuf();
+  EXPECT_EQ(kept.str(), old);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
+  std::filesystem::remove_all(dir);
 }
 
 }  // namespace
