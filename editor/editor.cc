@@ -75,8 +75,6 @@ bool allow_complex = false;
 // The disposition SIGHUP had before the editor took the four signals.
 void (*edit_recorded)(int) = nullptr;
 
-constexpr int kSignals[] = {SIGINT, SIGTERM, SIGQUIT, SIGHUP};
-
 Matrix *Hold(Matrix *m) { return MatSetStatus(m, kHeld); }
 
 // The matrices of one run of the editor. Each is held (kHeld) while any
@@ -782,7 +780,7 @@ bool Execute(Session &s, Action a) {
 // ============================================================================
 
 void EditExit(int sig) {
-  for (int k : kSignals) signal(k, SIG_IGN);
+  TermSetSignals(SIG_IGN);
   static const char kClearHome[] = "\x1b[2J\x1b[1;1H";
   ssize_t n = write(1, kClearHome, sizeof kClearHome - 1);
   (void)n;
@@ -790,17 +788,11 @@ void EditExit(int sig) {
 }
 
 void TakeSignals() {
-  void (*last)(int) = nullptr;
-  for (int sig : kSignals) {
-    last = signal(sig, SIG_IGN);
-    if (last != SIG_IGN) signal(sig, EditExit);
-  }
-  edit_recorded = last == SIG_ERR ? nullptr : last;
+  edit_recorded = TermTakeSignals(EditExit);
 }
 
 void GiveBackSignals() {
-  if (edit_recorded != SIG_DFL && edit_recorded != SIG_IGN)
-    for (int sig : kSignals) signal(sig, edit_recorded);
+  TermGiveBackSignals(edit_recorded);
   edit_recorded = nullptr;
 }
 

@@ -13,7 +13,7 @@
 #include <string>
 
 #include "core/alloc.h"
-#include "io/text_format.h"
+#include "core/text.h"
 
 namespace {
 
@@ -28,16 +28,9 @@ void (*recorded_copy)(int) = nullptr;
 int screen_width = kScreenColumns;
 TermExitHandler edit_exit = nullptr;
 
-constexpr int kSignals[] = {SIGINT, SIGTERM, SIGQUIT, SIGHUP};
-
 constexpr tcflag_t kRawLocal = ISIG | ICANON | ECHO | ECHOK | ECHOKE | IEXTEN;
 
 extern "C" void TermExitSignal(int sig) { TermExit(sig); }
-
-// Installs `disposition` for the four signals.
-void InstallAll(void (*disposition)(int)) {
-  for (int sig : kSignals) signal(sig, disposition);
-}
 
 // Sets the cooked flags again (they are set, not restored from a copy).
 int SetCookedFlags() {
@@ -52,12 +45,7 @@ int SetCookedFlags() {
 int SetRaw() {
   termios t;
   if (tcgetattr(0, &t) != 0) return errno;
-  void (*last)(int) = nullptr;
-  for (int sig : kSignals) {
-    last = signal(sig, SIG_IGN);
-    if (last != SIG_IGN) signal(sig, TermExitSignal);
-  }
-  recorded = last == SIG_ERR ? nullptr : last;
+  recorded = TermTakeSignals(TermExitSignal);
   t.c_lflag &= ~kRawLocal;
   t.c_oflag &= ~static_cast<tcflag_t>(OPOST);
   t.c_cc[VMIN] = 1;
@@ -69,7 +57,7 @@ int SetRaw() {
 int SetCooked() {
   termios t;
   if (tcgetattr(0, &t) != 0) return errno;
-  if (recorded != nullptr && recorded != SIG_IGN) InstallAll(recorded);
+  TermGiveBackSignals(recorded);
   recorded = nullptr;
   return SetCookedFlags();
 }
@@ -120,6 +108,29 @@ bool Named(const char *name) { return name != nullptr && name[0] != '\0'; }
 
 }  // namespace
 
+// ---- The four signals ----
+
+namespace {
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGQUIT, SIGHUP};
+}  // namespace
+
+void TermSetSignals(TermSignalHandler disposition) {
+  for (int sig : kSignals) signal(sig, disposition);
+}
+
+TermSignalHandler TermTakeSignals(TermSignalHandler handler) {
+  TermSignalHandler last = nullptr;
+  for (int sig : kSignals) {
+    last = signal(sig, SIG_IGN);
+    if (last != SIG_IGN) signal(sig, handler);
+  }
+  return last == SIG_ERR ? nullptr : last;
+}
+
+void TermGiveBackSignals(TermSignalHandler previous) {
+  if (previous != SIG_DFL && previous != SIG_IGN) TermSetSignals(previous);
+}
+
 // ---- Screen ----
 
 void ScreenCursor(int line, int column) { printf("\x1b[%d;%dH", line + 1, column + 1); }
@@ -168,7 +179,7 @@ void TermExit(int sig) {
   SetCookedFlags();
   void (*handler)(int) = recorded;
   if (handler != nullptr && handler != SIG_IGN) {
-    InstallAll(handler);
+    TermSetSignals(handler);
     recorded_copy = handler;
     recorded = nullptr;
     handler(sig);

@@ -86,6 +86,18 @@ bool TermKeyWaiting();
 // read and gives kKeyIgnored.
 int TermNextKey();
 
+// ---- The four signals: SIGINT, SIGTERM, SIGQUIT and SIGHUP ----
+
+using TermSignalHandler = void (*)(int);
+// Sets all four to `disposition`.
+void TermSetSignals(TermSignalHandler disposition);
+// Gives the four to handler, except those that are ignored, which stay so.
+// Returns the disposition SIGHUP had (null for the default), to give back.
+TermSignalHandler TermTakeSignals(TermSignalHandler handler);
+// Sets the four back to `previous` when that is a function (the default and
+// ignore dispositions are left as the taker set them).
+void TermGiveBackSignals(TermSignalHandler previous);
+
 // The handler the editor installs for Ctrl-C and its signals; TermEditKey
 // calls it with SIGINT. Null: the terminal's own exit handler is used.
 using TermExitHandler = void (*)(int);
