@@ -1,5 +1,6 @@
 // Numbers in text exactly as the C library's "%lf" reads them and "%16.8E"
 // writes them, without the per-call cost of the formatted stream functions.
+// Internal to the text formats of io/.
 #ifndef VELK_IO_NUMBER_TEXT_H
 #define VELK_IO_NUMBER_TEXT_H
 

@@ -1,4 +1,4 @@
-// The one pattern of every matrix front-end, internal to the matrix layer:
+// The one pattern of every matrix front-end. Internal to the matrix layer:
 // describe the expression, check, promote, define the result, dispatch by class.
 //
 // A front-end names itself with a Front (its location and how it writes its

@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
-# The floors of the library: a file may include headers of its own folder and
-# of folders on lower floors only. Prints every include that points up or
-# sideways and fails when there is one.
+# Two rules of the source tree, each failure printed:
+# - the floors of the library: a file may include headers of its own folder
+#   and of folders on lower floors only;
+# - velk.h includes every public header (all but those whose opening comment
+#   says they are internal).
 set -euo pipefail
 root=${1:-$(dirname "$0")/..}
 declare -A floor=([core]=0 [sys]=1 [linalg]=1 [scalar]=2 [io]=3 [matrix]=4 [container]=5 [editor]=6)
@@ -17,6 +19,17 @@ for dir in "${!floor[@]}"; do
         bad=1
       fi
     done < <(sed -n 's|^[[:space:]]*#[[:space:]]*include[[:space:]]*"\([a-z]*\)/.*|\1|p' "$file")
+  done
+done
+for dir in "${!floor[@]}"; do
+  for header in "$root/$dir"/*.h; do
+    [ -e "$header" ] || continue
+    head -n 3 "$header" | grep -q 'Internal to' && continue
+    name="$dir/$(basename "$header")"
+    if ! grep -q "^#include \"$name\"" "$root/velk.h"; then
+      echo "velk.h does not include $name"
+      bad=1
+    fi
   done
 done
 exit $bad
