@@ -1,14 +1,17 @@
 // Registry, pool, sweeps, marks and assignment of the six object kinds.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdlib>
 
 #include "container/list.h"
 #include "container/string.h"
 #include "core/matrix.h"
+#include "core/registry.h"
 #include "core/scope.h"
 #include "scalar/complex.h"
 #include "scalar/polynomial.h"
+#include "scalar/fill.h"
 #include "scalar/rational.h"
 #include "support/exact.h"
 
@@ -306,6 +309,51 @@ TEST_F(RegistryTest, ListElementsCarryOwnedStatusesAndAreReleased) {
               Exact("\nl(4) = \"\" : Index is out of range  in ListSetElement().\n"));
   ListUndef(l);
   EXPECT_EQ(l->classes[2], kListUndefined);
+}
+
+// Live records of every kind, each registry's debug walk passing.
+std::array<long, 6> LiveRecords() {
+  return {MatRegistryCheck(), CompRegistryCheck(), PolyRegistryCheck(),
+          RatRegistryCheck(), ListRegistryCheck(), vkStringRegistryCheck()};
+}
+
+// A list of lists `depth` deep, the innermost holding a string.
+List *Nested(const char *name, int depth) {
+  List *l = ListDef(name, 1);
+  if (depth == 1)
+    ListSetObject(l, 1, kListString, vkStringFromText("leaf"));
+  else
+    ListSetObject(l, 1, kListList, Nested("", depth - 1));
+  return l;
+}
+
+// Undefining a record that owns others must reach what it gives back, even
+// when that lands behind the walk (a nested list becomes a temporary at the
+// tail): a scope's end or a sweep leaves no owned object defined.
+TEST_F(RegistryTest, ScopeEndAndSweepLeaveNothingOwnedBehind) {
+  MatSweepAll();
+  const std::array<long, 6> before = LiveRecords();
+
+  ObjectScope(1);
+  List *k = ListDef("K", 1);
+  k->status = 2;
+  ListSetObject(k, 1, 10, ListDef("", 0));  // K holds one nested list and is the last list
+  ObjectScope(0);
+  EXPECT_EQ(LiveRecords(), before);
+
+  ObjectScope(1);
+  MatSetStatus(P_MatFillDef(2, 2, PolyDef("", 2, nullptr)), kKept);
+  RatSetStatus(RatDef("r", 1, 1), kKept);
+  ListSetStatus(Nested("A", 3), kKept);
+  ObjectScope(0);
+  EXPECT_EQ(LiveRecords(), before);
+
+  // The same objects as temporaries, reclaimed by the sweeps of an assignment.
+  Nested("", 3);
+  P_MatFillDef(2, 2, PolyDef("", 2, nullptr));
+  RatDef("", 1, 1);
+  MatSweepAll();
+  EXPECT_EQ(LiveRecords(), before);
 }
 
 }  // namespace
