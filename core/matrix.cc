@@ -17,8 +17,11 @@ constexpr int kClasses = 6;
 Registry<Matrix> reg;
 int bound = 1000;  // records with more elements than this are never pooled
 
+// Classes 3 and 5 are definitions of classes 2 and 4 with the class set
+// after, so they draw from and return to the same stacks.
 int Slot(long long n, int cls) {
   if (n > bound || cls < 0 || cls >= kClasses) return -1;
+  if (HasElementObjects(cls)) cls = ClassOf(ClassKind(cls), false);
   return static_cast<int>(n) * kClasses + cls;
 }
 

@@ -317,12 +317,19 @@ std::string PromptLine(const char *prompt, size_t max_length) {
     if (IsEnter(key)) break;
     if (IsErase(key)) {
       if (!text.empty()) text.pop_back();
+    } else if (max_length > 0) {
+      // A bounded answer (the reset question) ends at its length whatever the
+      // key was; a key that is no character stands as one that answers nothing.
+      text.push_back(key >= 0 && key < 0x100 ? static_cast<char>(key) : '\0');
     } else if (key >= ' ' && key < kKeyDelete && text.size() < kPromptMax) {
       text.push_back(static_cast<char>(key));
     }
     // The blank behind the text wipes a character just erased.
-    ScreenPrintAt(kSizeLine, column, (text + " ").c_str());
-    ScreenCursor(kSizeLine, column + static_cast<int>(text.size()));
+    std::string shown;
+    for (char c : text)
+      if (c >= ' ' && c < kKeyDelete) shown.push_back(c);  // control bytes never reach the screen
+    ScreenPrintAt(kSizeLine, column, (shown + " ").c_str());
+    ScreenCursor(kSizeLine, column + static_cast<int>(shown.size()));
   }
   ScreenClearToEnd(kSizeLine, kPromptColumn);
   // Out before the answer is used: a failure report must not be painted over.

@@ -441,6 +441,9 @@ const char *RealTypeName(int precision, int version) {
 Matrix *ReadMatrixData(FILE *stream, const DataRecord &r, bool *unchanged) {
   int rows = r.header[kDataRows], cols = r.header[kDataColumns], cls = r.header[kDataClass];
   int precision = r.header[kDataType] & 0xFF00;
+  // A non-zero class with another precision than double is broken, before a
+  // class this reader does not know leaves the matrix unchanged.
+  if (cls != kReal && precision != (r.version == 4 ? 0 : kDataDouble)) return nullptr;
   if (cls < 0 || cls > 5) {
     *unchanged = true;
     return nullptr;
@@ -448,7 +451,6 @@ Matrix *ReadMatrixData(FILE *stream, const DataRecord &r, bool *unchanged) {
   if (rows < 0 || cols < 0) return nullptr;
   long long n = static_cast<long long>(rows) * cols;
   if (n > 0x7fffffffLL) return nullptr;
-  if (cls != kReal && precision != (r.version == 4 ? 0 : kDataDouble)) return nullptr;
   if (cls == kReal) {
     const char *type = RealTypeName(precision, r.version);
     if (type == nullptr) return nullptr;
@@ -463,15 +465,18 @@ Matrix *ReadMatrixData(FILE *stream, const DataRecord &r, bool *unchanged) {
     return m;
   }
   if (cls == kComplex) {
-    Matrix *raw = MatFread(stream, static_cast<int>(std::min(2 * n, 0x7fffffffLL)), "double",
-                           r.foreign);
-    if (MatCount(raw) != 2 * n) {
-      MatUndef(raw);
-      return nullptr;
+    // Straight into storage, so a short record is only broken data (no raw
+    // read's warning). Read in pieces first: a count the data does not back
+    // costs no allocation of its size.
+    std::vector<double> pairs;
+    for (long long done = 0; done < 2 * n;) {
+      long long piece = std::min(2 * n - done, 1LL << 16);
+      pairs.resize(static_cast<size_t>(done + piece));
+      if (!DataReadDoubles(stream, pairs.data() + done, piece, r.foreign)) return nullptr;
+      done += piece;
     }
     Matrix *m = C_MatDef("", rows, cols);
-    if (n > 0) memcpy(m->elements, raw->elements, static_cast<size_t>(2 * n) * sizeof(double));
-    MatUndef(raw);
+    if (n > 0) memcpy(m->elements, pairs.data(), static_cast<size_t>(2 * n) * sizeof(double));
     return m;
   }
   return ReadElements(stream, rows, cols, cls, r.foreign);

@@ -166,7 +166,8 @@ void SkipLine(Input &in) {
 bool HeaderShape(const char *line, Shape *s) {
   long long rows, cols;
   if (sscanf(line, "# %lld %lld", &rows, &cols) != 2) return false;
-  if (rows < 0 || cols < 0 || rows > INT_MAX || cols > INT_MAX) return false;
+  // A negative count is the definition's to report; counts no int can hold are broken.
+  if (rows < INT_MIN || cols < INT_MIN || rows > INT_MAX || cols > INT_MAX) return false;
   s->rows = rows;
   s->cols = cols;
   s->complex = strchr(line, 'C') != nullptr;
@@ -227,6 +228,7 @@ bool ParseMatrix(Input &in, Shape *s, std::vector<double> *values) {
     char line[kLineBuffer];
     in.ReadPiece(line);
     if (!HeaderShape(line, s)) return false;
+    if (s->rows < 0 || s->cols < 0) return true;  // MatDef reports it
   } else {
     if (!CountRows(in, s)) return false;
     in.Rewind();

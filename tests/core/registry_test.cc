@@ -311,6 +311,20 @@ TEST_F(RegistryTest, ListElementsCarryOwnedStatusesAndAreReleased) {
   EXPECT_EQ(l->classes[2], kListUndefined);
 }
 
+// Classes 3 and 5 are classes 2 and 4 with the class set after the
+// definition: one pool serves each pair.
+TEST_F(RegistryTest, ComplexCoefficientClassesShareTheirRealTwinsPools) {
+  for (int cls : {kPoly, kRat}) {
+    Matrix *a = MatDefClass("", 2, 3, cls + 1, "MatDef()");
+    MatUndef(a);
+    EXPECT_EQ(MatPoolCount(6, cls), 1);
+    Matrix *b = MatDefClass("", 3, 2, cls, "MatDef()");
+    EXPECT_EQ(b, a);
+    EXPECT_EQ(b->cls, cls);
+    MatUndef(b);
+  }
+}
+
 // Live records of every kind, each registry's debug walk passing.
 std::array<long, 6> LiveRecords() {
   return {MatRegistryCheck(), CompRegistryCheck(), PolyRegistryCheck(),

@@ -166,6 +166,10 @@ TEST(BinaryDeathTest, EachReadingFailureHasItsMessage) {
        "\nNot enough data in file for '(1 x 2)' in MatFread().\n"},
       {Bytes().Head(0x20000007, 1, 1, 0, 1).Put("").Put(1.0), broken},
       {Bytes().Head(0x20001007, 1, 1, 1, 1).Put("").Put(1.0).Put(2.0), broken},
+      // A short complex record is broken data only: no raw read's warning first.
+      {Bytes().Head(0x20002007, 1, 2, 1, 1).Put("").Put(1.0).Put(2.0).Put(3.0), broken},
+      // A class this reader does not know with a precision other than double is broken.
+      {Bytes().Head(0x20001007, 1, 1, 6, 1).Put("").Put(1.0f), broken},
       {Bytes().Put(0).Put(0).Put(3).Put(0).Put(1).Put(""), broken},  // version 4, no elements
       // Headers that claim more than any stream holds fail without allocating it.
       {Bytes().Head(0x20002007, 0x7fffffff, 0x7fffffff, 0, 1).Put("").Put(1.0), broken},

@@ -130,6 +130,11 @@ TEST_F(TextFormatDeathTest, EachFailureEndsWithItsReport) {
               Exact("\nread << \"/no/m\" : Can't open file /no/m in MatFileRead().\n"));
   EXPECT_EXIT(MatFileRead(broken.c_str()), testing::ExitedWithCode(0),
               Exact("\nread << \"" + broken + "\" : Data may be broken. in MatFileRead().\n"));
+  // A negative count in the header is the definition's to report.
+  EXPECT_EXIT(MatFileRead(Write("neg", "# -1 3\n").c_str()), testing::ExitedWithCode(0),
+              Exact("\nMatDef(\"\", -1, 3) : Not appropriate column or row number in MatDef().\n"));
+  EXPECT_EXIT(MatFileRead(Write("negc", "# 2 -4 C\n1 2\n").c_str()), testing::ExitedWithCode(0),
+              Exact("\nNot appropriate column or row number in C_MatDef().\n"));
   // A directory cannot be opened for writing.
   Matrix *a = MatDef("A", 2, 2), *p = P_MatDef("P", 1, 1);
   EXPECT_EXIT(MatFileWrite(a, "/"), testing::ExitedWithCode(0),
