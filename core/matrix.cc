@@ -20,7 +20,7 @@ int bound = 1000;  // records with more elements than this are never pooled
 // Classes 3 and 5 are definitions of classes 2 and 4 with the class set
 // after, so they draw from and return to the same stacks.
 int Slot(long long n, int cls) {
-  if (n > bound || cls < 0 || cls >= kClasses) return -1;
+  if (n > bound || !IsValidClass(cls)) return -1;
   if (HasElementObjects(cls)) cls = ClassOf(ClassKind(cls), false);
   return static_cast<int>(n) * kClasses + cls;
 }
@@ -189,7 +189,7 @@ static const char *const kDefLocation[kClasses] = {"MatDef()",   "C_MatDef()", "
                                                    "P_MatDef()", "R_MatDef()", "R_MatDef()"};
 
 static Matrix *SameClass(Matrix *m, int rows, int cols, bool zero, const char *location) {
-  if (m->cls < 0 || m->cls >= kClasses) {
+  if (!IsValidClass(m->cls)) {
     MatError(location, "Incorrect class matrix", m);
     return MatDef("", 0, 0);
   }
@@ -197,7 +197,7 @@ static Matrix *SameClass(Matrix *m, int rows, int cols, bool zero, const char *l
 }
 
 Matrix *MatZDefClass(int cls, int rows, int cols) {
-  if (cls < 0 || cls >= kClasses) {
+  if (!IsValidClass(cls)) {
     MatError("MatZDefClass()", "Incorrect class matrix", nullptr);
     return MatDef("", 0, 0);
   }

@@ -444,7 +444,7 @@ Matrix *ReadMatrixData(FILE *stream, const DataRecord &r, bool *unchanged) {
   // A non-zero class with another precision than double is broken, before a
   // class this reader does not know leaves the matrix unchanged.
   if (cls != kReal && precision != (r.version == 4 ? 0 : kDataDouble)) return nullptr;
-  if (cls < 0 || cls > 5) {
+  if (!IsValidClass(cls)) {
     *unchanged = true;
     return nullptr;
   }
