@@ -4,25 +4,12 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "core/alloc.h"
 #include "core/matrix.h"
+#include "fuzz/fatal_throw.h"
 #include "io/binary.h"
 
-namespace {
-
-struct FatalReport {};
-
-[[noreturn]] void Throw() { throw FatalReport{}; }
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-  static bool started = [] {
-    SetFatalHandler(Throw);
-    MatInit();
-    return true;
-  }();
-  (void)started;
+  FuzzStartOnce(MatInit);
   if (size == 0) return 0;
   // The first byte picks what to read; the rest is the stream.
   FILE *f = fmemopen(const_cast<uint8_t *>(data + 1), size - 1, "rb");
@@ -43,7 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         break;
       }
     }
-  } catch (const FatalReport &) {
+  } catch (const FuzzFatal &) {
   }
   fclose(f);
   MatUndef(m);

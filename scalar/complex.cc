@@ -21,7 +21,22 @@ void Describe(FILE *out, const void *object, bool second) {
     fprintf(out, "%s '(%g,%g)'", word, c->re, c->im);
 }
 
-const ReportKind kReport = {CompMessageBuffer, Describe, "Can't open logfile.\n", nullptr, false};
+constexpr char kLogFailure[] = "Can't open logfile.\n";
+
+// The operand in its save form after a logged report. Plain stdio rather
+// than CompFileSave: a failure here must not report again from inside the
+// reporter.
+void LogAppend(const void *object) {
+  FILE *log = fopen("Velk.log", "a");
+  if (log == nullptr) {
+    fputs(kLogFailure, stderr);
+    return;
+  }
+  CompSaveText(log, const_cast<Complex *>(static_cast<const Complex *>(object)), 1);
+  fclose(log);
+}
+
+const ReportKind kReport = {CompMessageBuffer, Describe, kLogFailure, LogAppend, false};
 
 }  // namespace
 
@@ -97,6 +112,11 @@ Complex *CompLet(Complex *dst, Complex *src) {
   return dst;
 }
 
+
+void CompPrintAll() {
+  CompInit();
+  for (Complex *c = reg.head->next; c != nullptr; c = c->next) CompPrint(c);
+}
 
 int CompPoolCount() { return reg.Ready() ? reg.pool_count[0] : 0; }
 

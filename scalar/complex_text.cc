@@ -7,3 +7,22 @@ char *CompToString(Complex *c, char *buf, const char *format) {
   ComplexValue v{c->re, c->im};
   return ComplexValueToString(&v, buf, format);
 }
+
+void CompPrint(Complex *c) {
+  char text[kComplexTextSize];
+  CompToString(c, text, nullptr);
+  if (c->name != nullptr && c->name[0] != '\0')
+    printf("%s = %s\n", c->name, text);
+  else
+    printf("ans = %s\n", text);
+}
+
+void CompSaveText(FILE *stream, Complex *c, int terminate) {
+  char text[kComplexTextSize];
+  CompToString(c, text, nullptr);
+  if (c->name != nullptr && c->name[0] != '\0')
+    fprintf(stream, "%s = \"%s\"", c->name, text);
+  else
+    fprintf(stream, "\"%s\"", text);
+  if (terminate) fputs(";\n\n", stream);
+}

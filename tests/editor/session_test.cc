@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "core/constructors.h"
+#include "editor/complex_key.h"
 #include "editor/editor.h"
 #include "editor/entry.h"
 #include "editor/terminal.h"
@@ -141,6 +142,24 @@ TEST(EditorEntry, FailedWriteBackKeepsTheFileAndReports) {
   EXPECT_EQ(kept.str(), old);
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
   std::filesystem::remove_all(dir);
+}
+
+TEST(TerminalLines, ComplexKeyReadAsksForEachPartWithItsCurrentValue) {
+  // An empty real part keeps the old one; the name "Complex" stands in for none.
+  Feed("\n-0.5e1\n7\n\n");
+  Complex *z = CompDef("z", 1.5, -2);
+  Complex *anonymous = CompDef("", 0, 3);
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(CompKeyRead(z), z);
+  CompKeyRead(anonymous);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "z = ( 1.50000000E+00 , -2.00000000E+00) ----> (  , -0.5e1 )\n"
+            "Complex = ( 0.00000000E+00 ,  3.00000000E+00) ----> ( 7 ,  )\n");
+  EXPECT_EQ(z->re, 1.5);
+  EXPECT_EQ(z->im, -5);
+  EXPECT_EQ(anonymous->re, 7);
+  EXPECT_EQ(anonymous->im, 3);
+  CompSweep();
 }
 
 }  // namespace
