@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "io/output_file.h"
 #include "support/exact.h"
 #include "tests/io/record_bytes.h"
 
@@ -101,6 +102,30 @@ TEST_F(ComplexFileTest, LoggedReportsAppendTheSaveForm) {
   std::string log = Slurp("Velk.log");
   EXPECT_NE(log.find(" in f().\n\na = \"(1,2)\";\n\n\"(-0.5,0)\";\n\n"), std::string::npos) << log;
   ASSERT_EQ(chdir(old), 0);
+  CompSweep();
+}
+
+// Every write to a new temporary fails as on a full disk.
+void WritesFail(int fd) {
+  int full = open("/dev/full", O_WRONLY);
+  dup2(full, fd);
+  close(full);
+}
+
+TEST_F(ComplexFileTest, FailedWritesLeaveTheFileAsItWas) {
+  std::string file = Path("kept");
+  std::ofstream(file) << "old";
+  Complex *z = CompDef("z", 1, 2);
+  OutputFileSetTemporaryHook(WritesFail);
+  testing::internal::CaptureStderr();
+  CompFileWrite(z, file.c_str());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "CompFileWrite(): Can't write file " + file + ".\n");
+  EXPECT_EXIT(CompFileSave(z, file.c_str(), 0, 1), testing::ExitedWithCode(0),
+              Exact("\nsave z(1,2), " + file + " : Can't write file " + file +
+                    " in CompFileSave().\n"));
+  OutputFileSetTemporaryHook(nullptr);
+  EXPECT_EQ(Slurp(file), "old");
   CompSweep();
 }
 
