@@ -1,11 +1,15 @@
 #include "editor/terminal.h"
 
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/select.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -26,26 +30,85 @@ bool permanent_raw = false;
 void (*recorded)(int) = nullptr;
 void (*recorded_copy)(int) = nullptr;
 int screen_width = kScreenColumns;
+int screen_lines = kScreenLines;
 TermExitHandler edit_exit = nullptr;
+// Raw mode took flow control (IXON) away; cooked mode gives it back. Only
+// what was there is given back.
+volatile sig_atomic_t flow_control_taken = 0;
 
 constexpr tcflag_t kRawLocal = ISIG | ICANON | ECHO | ECHOK | ECHOKE | IEXTEN;
 
-extern "C" void TermExitSignal(int sig) { TermExit(sig); }
+// ---- signals noted for the main flow ----
+//
+// A handler only sets a bit and writes a byte to a pipe; the key reader
+// waits on the pipe beside descriptor 0, so a signal that arrives while a
+// key is awaited is acted on at once, and one that arrives while a command
+// runs, at the next key.
+
+volatile sig_atomic_t noted_signals = 0;  // bit (1 << sig)
+int note_pipe[2] = {-1, -1};
+
+constexpr int kEndingSignals = (1 << SIGTERM) | (1 << SIGQUIT) | (1 << SIGHUP);
+constexpr int kWindowSignals = (1 << SIGWINCH) | (1 << SIGCONT);
+bool window_watched = false;
+struct sigaction window_before[2];
+constexpr int kWindowSignalList[2] = {SIGWINCH, SIGCONT};
+
+void MakeNotePipe() {
+  if (note_pipe[0] >= 0) return;
+  if (pipe(note_pipe) != 0) {
+    note_pipe[0] = note_pipe[1] = -1;
+    return;
+  }
+  for (int fd : note_pipe) {
+    fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
+    fcntl(fd, F_SETFD, FD_CLOEXEC);
+  }
+}
+
+// The signals noted since the last call; the pipe is emptied.
+int TakeNotes() {
+  char drain[64];
+  if (note_pipe[0] >= 0)
+    while (read(note_pipe[0], drain, sizeof drain) > 0) continue;
+  int noted = noted_signals;
+  noted_signals = 0;
+  return noted;
+}
+
+extern "C" void NoteSignal(int sig) { TermNoteSignal(sig); }
+
+extern "C" void TermExitSignal(int sig) {
+  if (edit_exit != nullptr && sig != SIGINT) {
+    TermNoteSignal(sig);
+    return;
+  }
+  TermExit(sig);
+}
 
 // Sets the cooked flags again (they are set, not restored from a copy).
+// Async-signal-safe.
 int SetCookedFlags() {
   termios t;
   if (tcgetattr(0, &t) != 0) return errno;
   t.c_lflag |= kRawLocal;
   t.c_oflag |= OPOST;
+  if (flow_control_taken) t.c_iflag |= IXON;
   if (tcsetattr(0, TCSANOW, &t) != 0) return errno;
+  flow_control_taken = 0;
   return 0;
 }
 
 int SetRaw() {
   termios t;
   if (tcgetattr(0, &t) != 0) return errno;
+  TermGuardCrashes();
   recorded = TermTakeSignals(TermExitSignal);
+  // Ctrl-S and Ctrl-Q are keys here, not a freeze of the output.
+  if (t.c_iflag & IXON) {
+    t.c_iflag &= ~static_cast<tcflag_t>(IXON);
+    flow_control_taken = 1;
+  }
   t.c_lflag &= ~kRawLocal;
   t.c_oflag &= ~static_cast<tcflag_t>(OPOST);
   t.c_cc[VMIN] = 1;
@@ -138,17 +201,39 @@ void ScreenCursor(int line, int column) { printf("\x1b[%d;%dH", line + 1, column
 void ScreenClear() { fputs("\x1b[2J", stdout); }
 
 void ScreenPrintAt(int line, int column, const char *text) {
+  if (line >= screen_lines || column >= screen_width) return;
   ScreenCursor(line, column);
-  fputs(text, stdout);
+  // Up to the last column: a UTF-8 continuation byte takes no cell.
+  int room = screen_width - column;
+  size_t n = 0;
+  for (; text[n] != '\0'; n++)
+    if ((text[n] & 0xC0) != 0x80 && room-- == 0) break;
+  fwrite(text, 1, n, stdout);
 }
 
 void ScreenClearToEnd(int line, int column) {
-  int n = screen_width - column + 1;
-  if (n < 0) n = 0;
+  bool standard = screen_width == kScreenColumns && screen_lines == kScreenLines;
+  int n = standard ? screen_width - column + 1 : screen_width - column;
+  if (n < 0 || line >= screen_lines) return;
   std::string run(static_cast<size_t>(n), ' ');
   ScreenCursor(line, column);
   fputs(run.c_str(), stdout);
-  fputs(run.c_str(), stdout);
+  if (standard) fputs(run.c_str(), stdout);
+}
+
+void TermReadWindow(int *lines, int *columns) {
+  winsize ws = {};
+  screen_lines = kScreenLines;
+  screen_width = kScreenColumns;
+  for (int fd : {1, 0}) {
+    if (ioctl(fd, TIOCGWINSZ, &ws) == 0 && ws.ws_row > 0 && ws.ws_col > 0) {
+      screen_lines = ws.ws_row;
+      screen_width = ws.ws_col;
+      break;
+    }
+  }
+  *lines = screen_lines;
+  *columns = screen_width;
 }
 
 void ScreenFlush() { fflush(stdout); }
@@ -173,7 +258,70 @@ void TermRawOff() {
   TermMode(kTermCooked);
 }
 
-void TermSetEditExit(TermExitHandler handler) { edit_exit = handler; }
+void TermSetEditExit(TermExitHandler handler) {
+  if (handler != nullptr) MakeNotePipe();
+  edit_exit = handler;
+}
+
+void TermNoteSignal(int sig) {
+  int saved = errno;
+  if ((1 << sig) & kEndingSignals & noted_signals) {
+    // Asked twice while the first is still waiting for the main flow (a
+    // command that does not end): leave now.
+    SetCookedFlags();
+    _exit(1);
+  }
+  noted_signals = noted_signals | (1 << sig);
+  if (note_pipe[1] >= 0) {
+    char byte = 1;
+    ssize_t n = write(note_pipe[1], &byte, 1);
+    (void)n;  // a full pipe already wakes the reader
+  }
+  errno = saved;
+}
+
+void TermWatchWindow(bool on) {
+  if (on == window_watched) return;
+  window_watched = on;
+  if (on) MakeNotePipe();
+  for (int k = 0; k < 2; k++) {
+    if (on) {
+      struct sigaction note = {};
+      note.sa_handler = NoteSignal;
+      sigemptyset(&note.sa_mask);
+      sigaction(kWindowSignalList[k], &note, &window_before[k]);
+    } else {
+      sigaction(kWindowSignalList[k], &window_before[k], nullptr);
+    }
+  }
+  if (!on) noted_signals = noted_signals & ~kWindowSignals;
+}
+
+namespace {
+
+constexpr int kCrashSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
+struct sigaction crash_before[5];
+
+extern "C" void CrashSignal(int sig) {
+  SetCookedFlags();
+  for (int k = 0; k < 5; k++)
+    if (kCrashSignals[k] == sig) sigaction(sig, &crash_before[k], nullptr);
+  raise(sig);  // delivered with the earlier disposition once this returns
+}
+
+}  // namespace
+
+void TermGuardCrashes() {
+  static bool guarded = false;
+  if (guarded) return;
+  guarded = true;
+  for (int k = 0; k < 5; k++) {
+    struct sigaction crash = {};
+    crash.sa_handler = CrashSignal;
+    sigemptyset(&crash.sa_mask);
+    sigaction(kCrashSignals[k], &crash, &crash_before[k]);
+  }
+}
 
 void TermExit(int sig) {
   SetCookedFlags();
@@ -190,28 +338,54 @@ void TermExit(int sig) {
 
 // ---- Keys ----
 
-int TermReadKey() {
-  fflush(stdout);
-  if (!permanent_raw) TermMode(kTermRaw);
-  unsigned char byte = 0;
-  for (;;) {
-    ssize_t n = read(0, &byte, 1);
-    if (n == 1) break;
-    if (n < 0 && errno == EINTR) continue;
-    if (n < 0 && errno == EAGAIN) {
-      pollfd p = {0, POLLIN, 0};
-      poll(&p, 1, -1);
-      continue;
-    }
-    // The input is gone: end as the terminal's hang-up would.
-    TermExit(SIGHUP);
-  }
-  if (!permanent_raw) TermMode(byte == kKeyCtrlC ? kTermCookedAfter : kTermCooked);
-  return byte;
+namespace {
+
+// A termination signal noted for the editor: its exit handler runs here, in
+// the main flow, as it would for Ctrl-C.
+[[noreturn]] void EndNoted(int sig) {
+  TermMode(kTermCookedAfter);
+  if (edit_exit != nullptr) edit_exit(sig);
+  TermExit(sig);
 }
 
+// The next byte of descriptor 0, waiting on the note pipe too; with
+// `window`, kKeyWindow when the window changed meanwhile.
+int WaitByte(bool window) {
+  for (;;) {
+    pollfd p[2] = {{0, POLLIN, 0}, {note_pipe[0], POLLIN, 0}};
+    int ready = poll(p, note_pipe[0] >= 0 ? 2 : 1, -1);
+    int noted = noted_signals != 0 || (ready > 0 && (p[1].revents & POLLIN)) ? TakeNotes() : 0;
+    for (int sig : {SIGHUP, SIGTERM, SIGQUIT})
+      if (noted & (1 << sig)) EndNoted(sig);
+    if (noted & kWindowSignals) {
+      if (window) return kKeyWindow;
+      continue;
+    }
+    if (ready < 0 || !(p[0].revents & (POLLIN | POLLHUP | POLLERR))) continue;
+    unsigned char byte = 0;
+    ssize_t n = read(0, &byte, 1);
+    if (n == 1) return byte;
+    if (n < 0 && (errno == EINTR || errno == EAGAIN)) continue;
+    // The input is gone: end as the terminal's hang-up would.
+    if (edit_exit != nullptr) EndNoted(SIGHUP);
+    TermExit(SIGHUP);
+  }
+}
+
+int ReadKey(bool window) {
+  fflush(stdout);
+  if (!permanent_raw) TermMode(kTermRaw);
+  int key = WaitByte(window);
+  if (!permanent_raw) TermMode(key == kKeyCtrlC ? kTermCookedAfter : kTermCooked);
+  return key;
+}
+
+}  // namespace
+
+int TermReadKey() { return ReadKey(false); }
+
 int TermEditKey() {
-  int c = TermReadKey();
+  int c = ReadKey(window_watched);
   if (c == kKeyCtrlC) {
     TermMode(kTermCookedAfter);
     if (edit_exit != nullptr) edit_exit(SIGINT);
@@ -232,11 +406,39 @@ bool TermKeyWaiting() {
   return n > 0;
 }
 
+bool TermKeyWithin(int ms) {
+  if (!permanent_raw) TermMode(kTermRaw);
+  pollfd p = {0, POLLIN, 0};
+  int n = 0;
+  // A signal (a window change) does not cut the wait short.
+  auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
+  for (;;) {
+    auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+        until - std::chrono::steady_clock::now());
+    n = poll(&p, 1, static_cast<int>(std::max<long long>(left.count(), 0)));
+    if (n >= 0 || errno != EINTR) break;
+  }
+  if (!permanent_raw) TermMode(kTermCooked);
+  return n > 0;
+}
+
+int TermEscapeDelay() {
+  static int delay = [] {
+    const char *text = getenv("VELK_ESCDELAY");
+    if (text == nullptr || *text == '\0') return 40;
+    char *end = nullptr;
+    long ms = strtol(text, &end, 10);
+    return *end == '\0' && ms >= 0 && ms <= 1000 ? static_cast<int>(ms) : 40;
+  }();
+  return delay;
+}
+
 int TermNextKey() {
   int c = TermEditKey();
-  if (c != kKeyEscape || !TermKeyWaiting()) return c;
+  // Over a slow link the rest of an arrow key may come a little later.
+  if (c != kKeyEscape || !TermKeyWithin(TermEscapeDelay())) return c;
   int intro = TermEditKey();
-  if ((intro == '[' || intro == 'O') && TermKeyWaiting()) {
+  if ((intro == '[' || intro == 'O') && TermKeyWithin(TermEscapeDelay())) {
     int final = TermEditKey();
     if (final >= 'A' && final <= 'D') return kKeyUp + (final - 'A');
   }

@@ -2,8 +2,9 @@
 // prompts, pause, and the scalar text files.
 //
 // Input is descriptor 0, screen output standard output, pause messages
-// standard error. The screen is a fixed 24 x 80 grid addressed with ANSI
-// sequences; positions are 0-based here and 1-based on the wire.
+// standard error. The screen is a grid addressed with ANSI sequences,
+// positions 0-based here and 1-based on the wire: 24 x 80 until
+// TermReadWindow reads the window's real size.
 #ifndef VELK_EDITOR_TERMINAL_H
 #define VELK_EDITOR_TERMINAL_H
 
@@ -26,6 +27,7 @@ enum Key : int {
   kKeyReturn = 13,
   kKeyCtrlN = 14,
   kKeyCtrlP = 16,
+  kKeyCtrlR = 18,
   kKeyCtrlY = 25,
   kKeyCtrlZ = 26,
   kKeyEscape = 27,
@@ -34,6 +36,9 @@ enum Key : int {
   kKeyDown,
   kKeyRight,
   kKeyLeft,
+  // Not a key: the window changed size or the program was resumed, and the
+  // screen is to be painted again (TermEditKey with TermWatchWindow on).
+  kKeyWindow,
 };
 
 inline bool IsEnter(int key) { return key == kKeyLineFeed || key == kKeyReturn; }
@@ -50,11 +55,18 @@ inline bool IsErase(int key) { return key == kKeyBackspace || key == kKeyDelete;
 void ScreenCursor(int line, int column);
 // Writes "\e[2J"; the cursor does not move.
 void ScreenClear();
+// Writes the text at (line, column), cut at the last column (counting a
+// UTF-8 character as one cell); nothing below the last line.
 void ScreenPrintAt(int line, int column, const char *text);
 // Clears from (line, column) with a run of width - column + 1 blanks written
 // twice: the second copy lands after the first, over the next line's start.
+// In a window other than 24 x 80 one run ends at the last column.
 void ScreenClearToEnd(int line, int column);
 void ScreenFlush();
+
+// Reads the window's size (TIOCGWINSZ on standard output, else on standard
+// input; 24 x 80 when neither tells) and makes it the screen's.
+void TermReadWindow(int *lines, int *columns);
 
 // ---- Modes ----
 
@@ -81,10 +93,14 @@ int TermReadKey();
 int TermEditKey();
 // True when a byte is waiting on descriptor 0.
 bool TermKeyWaiting();
-// TermEditKey with the arrow sequences decoded. An ESC with nothing waiting
-// behind it is the Escape key; any other sequence waiting behind an ESC is
-// read and gives kKeyIgnored.
+// True when a byte arrives on descriptor 0 within `ms` milliseconds.
+bool TermKeyWithin(int ms);
+// TermEditKey with the arrow sequences decoded. An ESC followed by nothing
+// within the escape delay is the Escape key; any other sequence behind an
+// ESC is read and gives kKeyIgnored.
 int TermNextKey();
+// The escape delay in milliseconds: VELK_ESCDELAY (0 to 1000) or 40.
+int TermEscapeDelay();
 
 // ---- The four signals: SIGINT, SIGTERM, SIGQUIT and SIGHUP ----
 
@@ -100,8 +116,25 @@ void TermGiveBackSignals(TermSignalHandler previous);
 
 // The handler the editor installs for Ctrl-C and its signals; TermEditKey
 // calls it with SIGINT. Null: the terminal's own exit handler is used.
+// While one is set, SIGTERM, SIGQUIT and SIGHUP (and a closed input) are
+// not acted on inside the signal: they are noted (TermNoteSignal) and the
+// key reader calls the handler with them in the main flow.
 using TermExitHandler = void (*)(int);
 void TermSetEditExit(TermExitHandler handler);
+
+// Async-signal-safe: records sig for the key reader and wakes it. A second
+// termination signal while the first is still pending ends the program at
+// once (cooked flags back, status 1).
+void TermNoteSignal(int sig);
+
+// On: SIGWINCH and SIGCONT are noted, and TermEditKey returns kKeyWindow
+// after them. Off: their earlier dispositions are back.
+void TermWatchWindow(bool on);
+
+// SIGSEGV, SIGBUS, SIGFPE, SIGILL and SIGABRT put the terminal's cooked
+// flags back (async-signal-safe) and are raised again with the disposition
+// they had before. Installed once, by the first switch to raw.
+void TermGuardCrashes();
 
 // The terminal's exit handler: cooked flags back, the recorded handler
 // called, then exit with status 1 (0 for signal number 0).

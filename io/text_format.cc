@@ -428,6 +428,11 @@ Matrix *MatFileRead(const char *file) {
   return BuildMatrix(shape, values);
 }
 
+void MatWriteText(FILE *fp, Matrix *m) {
+  fprintf(fp, m->cls == kComplex ? "# %d %d C\n" : "# %d %d\n", m->rows, m->cols);
+  WriteColumns(fp, m);
+}
+
 Matrix *MatFileWrite(Matrix *m, const char *file) {
   auto label = [&] {
     MatSetMessage("print %s(%dx%d) >> \"%s\"", NameOf(m), m->rows, m->cols, file);
@@ -441,8 +446,7 @@ Matrix *MatFileWrite(Matrix *m, const char *file) {
     MatError("MatFileWrite()", "Neither a real matrix nor a complex matrix", m);
     return m;
   }
-  fprintf(out.stream(), m->cls == kComplex ? "# %d %d C\n" : "# %d %d\n", m->rows, m->cols);
-  WriteColumns(out.stream(), m);
+  MatWriteText(out.stream(), m);
   FinishOutput(out, file, "MatFileWrite()", label);
   return m;
 }

@@ -22,6 +22,11 @@ Matrix *MatFileRead(const char *file);
 // else is a fatal report, after the file has been created).
 Matrix *MatFileWrite(Matrix *m, const char *file);
 
+// The text MatFileWrite writes, on an open stream, reporting nothing: the
+// caller checks the stream (OutputFile::Finish). REQUIRES: m is real or
+// complex.
+void MatWriteText(FILE *fp, Matrix *m);
+
 // Writes the bracketed assignment form of m, appending when append is
 // non-zero, closing with ";" and a blank line when terminate is non-zero,
 // wrapped in function_name( ) when that is not empty. Returns m.
