@@ -339,6 +339,9 @@ int CursorColumn() {
 
 void PlaceCursor() { ScreenCursor(CursorLine(), CursorColumn()); }
 
+// First visible index that shows the last `visible` of n.
+int LastStart(int n, int visible) { return n >= visible ? n - visible + 1 : 1; }
+
 // The window's size gives the visible rows and number columns.
 void ReadWindow() {
   TermReadWindow(&E.lines, &E.columns);
@@ -370,10 +373,11 @@ Session *active = nullptr;
 // kept in view.
 void Repaint() {
   ReadWindow();
+  // A smaller window keeps the cursor in view, a larger one fills up.
   if (E.y - E.top >= E.vis_rows) E.top = E.y - E.vis_rows + 1;
   if (E.x - E.left >= E.Across()) E.left = E.x - E.Across() + 1;
-  E.top = std::max(E.top, 1);
-  E.left = std::max(E.left, 1);
+  E.top = std::max(std::min(E.top, LastStart(E.rows, E.vis_rows)), 1);
+  E.left = std::max(std::min(E.left, LastStart(E.cols, E.Across())), 1);
   Redraw(*active);
   if (E.too_small) return;
   PlaceCursor();
@@ -488,9 +492,6 @@ std::string PromptLine(const char *prompt, size_t max_length) {
 // ============================================================================
 // Movement
 // ============================================================================
-
-// First visible index that shows the last `visible` of n.
-int LastStart(int n, int visible) { return n >= visible ? n - visible + 1 : 1; }
 
 // First visible index for a goto to t: centred, the last ones near the end,
 // 1 near the start.

@@ -1,5 +1,6 @@
 #include "editor/entry.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -17,7 +18,11 @@ constexpr const char *kUsage =
     "usage: velk-edit [--help] [--version] [--] [FILE...]\n"
     "Edits each matrix text FILE in turn and writes it back when it changed.\n"
     "A FILE that cannot be read starts as an empty matrix; with no FILE the\n"
-    "editor opens on an empty matrix named tmp.\n"
+    "editor opens on an empty matrix named tmp. A folder (anything but a\n"
+    "regular file) is reported and skipped, and the exit status is then 1.\n"
+    "On a hang-up, SIGTERM, SIGQUIT or a fatal report while editing, changed\n"
+    "work is saved to FILE.save (FILE.save.1, ... if taken; else in $HOME or\n"
+    "/tmp) and standard error says where.\n"
     "\n"
     "keys:\n"
     "  h l j k, arrows, ^B ^F ^N ^P   move (space and Enter move right)\n"
@@ -28,7 +33,11 @@ constexpr const char *kUsage =
     "  m i o   mark, copy block, overwrite with the block\n"
     "  E O Z F   identity, ones, zeros, fill   T   transpose\n"
     "  R I   show the real, imaginary part     Q   reset to the matrix read\n"
-    "  r w   read, write a file                q, Esc   quit\n";
+    "  r w   read, write a file                q, Esc   quit\n"
+    "  u ^R   undo, redo (every change, many levels)\n"
+    "\n"
+    "environment: VELK_ESCDELAY   ms to wait for the rest of an arrow key (40)\n"
+    "             VELK_UNDO_MAX   bytes the undo history keeps (256 MiB)\n";
 
 // The three options end the run at once; everything else is a file name.
 enum class Option { kNone, kHelp, kVersion };
@@ -53,6 +62,16 @@ Option ParseArguments(int argc, char **argv, std::vector<const char *> &files) {
 // Status of the matrix read from a file while it waits for the comparison:
 // kept out of the sweeps that the editor's assignments run.
 constexpr int kKept = 2;
+
+// A name that is there but is no regular file (a folder, a device) cannot be
+// edited as a matrix: it is reported and skipped. False then.
+bool Editable(const char *file) {
+  struct stat st;
+  if (stat(file, &st) != 0 || S_ISREG(st.st_mode)) return true;
+  fprintf(stderr, "velk-edit: %s: %s\n", file,
+          S_ISDIR(st.st_mode) ? "Is a directory" : "Not a regular file");
+  return false;
+}
 
 void EditFile(const char *file) {
   if (access(file, R_OK) != 0) {
@@ -99,6 +118,12 @@ int VelkEditMain(int argc, char **argv) {
     MatEdit(MatSetName(MatZDef(0), "tmp"));
     return 0;
   }
-  for (const char *file : files) EditFile(file);
-  return 0;
+  int status = 0;
+  for (const char *file : files) {
+    if (Editable(file))
+      EditFile(file);
+    else
+      status = 1;
+  }
+  return status;
 }

@@ -7,8 +7,9 @@
 
 constexpr const char *kVelkEditVersion = "0.1.0";
 
-// Runs the program on the command line; returns the exit status (always 0;
-// fatal reports and Ctrl-C end the process themselves).
+// Runs the program on the command line; returns the exit status: 0, or 1
+// when a name was skipped as no regular file (fatal reports and Ctrl-C end
+// the process themselves).
 int VelkEditMain(int argc, char **argv);
 
 // True when a and b have the same class and size and every element of a - b

@@ -89,9 +89,11 @@ class EditorTest : public ::testing::Test {
     return std::filesystem::last_write_time(Path(name));
   }
 
-  // Starts velk-edit with the arguments and waits for its first screen.
-  void Open(const std::vector<std::string> &args) {
-    ASSERT_TRUE(pty_.Start(VELK_EDIT_PATH, dir_, args));
+  // Starts velk-edit with the arguments (on a window of the given size) and
+  // waits for its first screen.
+  void Open(const std::vector<std::string> &args, int lines = Screen::kLines,
+            int columns = Screen::kColumns) {
+    ASSERT_TRUE(pty_.Start(VELK_EDIT_PATH, dir_, args, lines, columns));
     ASSERT_TRUE(pty_.Settle()) << "no first screen";
   }
   // An escape sequence goes as one piece, other keys one at a time.

@@ -36,35 +36,61 @@ inline std::string ReadText(const std::string &path) {
   return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-// Understands what the editor writes: ESC[2J, ESC[row;colH, text, bell, CR,
-// LF (and backspace, which line inputs use). Anything else is counted in
-// `unknown` so a test can insist there was none. The editor never writes past
-// the last line, so there is no scrolling.
+// Understands what the editor writes: ESC[2J, ESC[row;colH, text (UTF-8, a
+// character to a cell), bell, CR, LF (and backspace, which line inputs use).
+// Anything else is counted in `unknown` so a test can insist there was none.
+// The editor never writes past the last line, so there is no scrolling; a
+// position or a character past the last line or column is counted in
+// `overflow`.
 class Screen {
  public:
   static constexpr int kLines = 24;
   static constexpr int kColumns = 80;
 
-  Screen() { Clear(); }
-  void Clear() { cells_.assign(kLines, std::string(kColumns, ' ')); }
+  explicit Screen(int lines = kLines, int columns = kColumns) : lines_(lines), columns_(columns) {
+    Clear();
+  }
+  void Clear() { cells_.assign(lines_, std::u32string(columns_, U' ')); }
+  int lines() const { return lines_; }
+  int columns() const { return columns_; }
 
   // The line without its trailing blanks.
   std::string Trimmed(int line) const {
-    return cells_[line].substr(0, cells_[line].find_last_not_of(' ') + 1);
+    std::string s;
+    for (char32_t c : cells_[line].substr(0, cells_[line].find_last_not_of(U' ') + 1)) {
+      if (c < 0x80) {
+        s.push_back(static_cast<char>(c));
+      } else if (c < 0x800) {
+        s.push_back(static_cast<char>(0xC0 | (c >> 6)));
+        s.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+      } else {
+        s.push_back(static_cast<char>(0xE0 | (c >> 12)));
+        s.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
+        s.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+      }
+    }
+    return s;
   }
   std::string All() const {
     std::string s;
-    for (int k = 0; k < kLines; k++) s += Trimmed(k) + "\n";
+    for (int k = 0; k < lines_; k++) s += Trimmed(k) + "\n";
     return s;
   }
 
-  // The cursor; column is kColumns once the last column has been written.
+  // The cursor; column is columns() once the last column has been written.
   int line = 0;
   int column = 0;
   int unknown = 0;
+  int overflow = 0;
 
   // One byte of output.
   void Feed(char c) {
+    if ((c & 0xC0) == 0x80 && pending_ > 0) {  // UTF-8 continuation
+      code_ = (code_ << 6) | (c & 0x3F);
+      if (--pending_ == 0) Put(code_);
+      return;
+    }
+    pending_ = 0;  // a character cut short is dropped
     if (!escape_.empty()) {
       escape_.push_back(c);
       // ESC [, then digits and ';' up to the final byte.
@@ -74,8 +100,9 @@ class Screen {
       if (escape_ == "\x1b[2J") {
         Clear();
       } else if (sscanf(escape_.c_str(), "\x1b[%d;%d%c", &row, &col, &final) == 3 && final == 'H') {
-        line = std::clamp(row - 1, 0, kLines - 1);
-        column = std::clamp(col - 1, 0, kColumns - 1);
+        if (row > lines_ || col > columns_) overflow++;
+        line = std::clamp(row - 1, 0, lines_ - 1);
+        column = std::clamp(col - 1, 0, columns_ - 1);
       } else {
         unknown++;
       }
@@ -85,23 +112,39 @@ class Screen {
     } else if (c == '\r') {
       column = 0;
     } else if (c == '\n') {
-      line = std::min(line + 1, kLines - 1);
+      line = std::min(line + 1, lines_ - 1);
     } else if (c == '\b') {
       column = std::max(column - 1, 0);
+    } else if ((c & 0xE0) == 0xC0 || (c & 0xF0) == 0xE0) {  // UTF-8 lead byte
+      pending_ = (c & 0xE0) == 0xC0 ? 1 : 2;
+      code_ = c & (pending_ == 1 ? 0x1F : 0x0F);
     } else if (c >= 32 && c < 127) {
-      if (column == kColumns) {  // the deferred wrap of a terminal
-        column = 0;
-        line = std::min(line + 1, kLines - 1);
-      }
-      cells_[line][column++] = c;
-    } else if (c != 7) {  // the bell
+      Put(static_cast<char32_t>(c));
+    } else if (c == 7) {  // the bell
+      bells++;
+    } else {
       unknown++;
     }
   }
 
+  int bells = 0;
+
  private:
+  void Put(char32_t c) {
+    if (column == columns_) {  // the deferred wrap of a terminal
+      overflow++;
+      column = 0;
+      line = std::min(line + 1, lines_ - 1);
+    }
+    cells_[line][column++] = c;
+  }
+
+  int lines_;
+  int columns_;
   std::string escape_;  // an escape sequence not yet ended
-  std::vector<std::string> cells_;
+  int pending_ = 0;     // continuation bytes still due
+  char32_t code_ = 0;
+  std::vector<std::u32string> cells_;
 };
 
 class PtySession {
@@ -115,10 +158,13 @@ class PtySession {
     if (slave_ >= 0) close(slave_);
   }
 
-  // Starts `program args...` in directory `cwd` on a new 24 x 80 terminal.
+  // Starts `program args...` in directory `cwd` on a new terminal of 24 x 80
+  // (or the given size).
   bool Start(const std::string &program, const std::string &cwd,
-             const std::vector<std::string> &args) {
-    winsize ws = {Screen::kLines, Screen::kColumns, 0, 0};
+             const std::vector<std::string> &args, int lines = Screen::kLines,
+             int columns = Screen::kColumns) {
+    screen = Screen(lines, columns);
+    winsize ws = {static_cast<unsigned short>(lines), static_cast<unsigned short>(columns), 0, 0};
     pid_ = forkpty(&master_, nullptr, nullptr, &ws);
     if (pid_ == 0) {
       std::vector<char *> argv = {const_cast<char *>(program.c_str())};
@@ -164,6 +210,24 @@ class PtySession {
     return Settle(timeout_ms);
   }
 
+  // Gives the terminal a new size (the program gets SIGWINCH) and a blank
+  // screen model of that size; waits until the program has painted again.
+  bool Resize(int lines, int columns) {
+    long long before = IoCount("wchar:");
+    screen = Screen(lines, columns);
+    winsize ws = {static_cast<unsigned short>(lines), static_cast<unsigned short>(columns), 0, 0};
+    if (ioctl(master_, TIOCSWINSZ, &ws) != 0) return false;
+    return WaitForOutput(before);
+  }
+
+  // Sends a signal that makes the program paint (SIGCONT after SIGSTOP) and
+  // waits until it has.
+  bool Signal(int sig) {
+    long long before = IoCount("wchar:");
+    kill(pid_, sig);
+    return WaitForOutput(before);
+  }
+
   // Each byte as its own key, waiting for the program after each.
   bool Keys(const std::string &keys) {
     for (char c : keys)
@@ -181,6 +245,8 @@ class PtySession {
   }
 
   pid_t pid() const { return pid_; }
+  // Termination by a signal (after Finish gave -1), or 0.
+  int signaled() const { return exited_ && WIFSIGNALED(status_) ? WTERMSIG(status_) : 0; }
   // Our descriptor of the program's terminal: its modes stay readable after exit.
   int terminal() const { return slave_; }
 
@@ -201,6 +267,14 @@ class PtySession {
     for (ssize_t k = 0; k < n; k++) screen.Feed(buffer[k]);
     output.append(buffer, static_cast<size_t>(n));
     return true;
+  }
+
+  // Waits until the program has written something after `before` bytes,
+  // then for it to wait for a key again.
+  bool WaitForOutput(long long before) {
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (IoCount("wchar:") <= before && std::chrono::steady_clock::now() < deadline) Pump(5);
+    return Settle();
   }
 
   bool Reap() {

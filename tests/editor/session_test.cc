@@ -162,5 +162,31 @@ TEST(TerminalLines, ComplexKeyReadAsksForEachPartWithItsCurrentValue) {
   CompSweep();
 }
 
+// "w" through a failing writer: the old file stays byte for byte, the
+// screen says so, and the editing goes on to the end.
+TEST(EditorSession, AFailedWriteKeepsTheOldFileAndGoesOn) {
+  std::string dir = testing::TempDir() + "velk-w-XXXXXX";
+  ASSERT_NE(mkdtemp(dir.data()), nullptr);
+  std::string file = dir + "/a.mat";
+  const std::string old = "# 1 1\n  7.00000000E+00\n";
+  std::ofstream(file) << old;
+  MatInit();
+  Matrix *m = MatSetName(MatFillDef(1, 1, 7), "m");
+  Feed("j5\nw" + file + "\nl6\nq");
+  OutputFileSetTemporaryHook(WritesFail);
+  testing::internal::CaptureStdout();
+  Matrix *result = MatEdit(m);
+  std::string screen = testing::internal::GetCapturedStdout();
+  OutputFileSetTemporaryHook(nullptr);
+  EXPECT_NE(screen.find("Can't write file " + file), std::string::npos);
+  EXPECT_EQ(MatReal(result)[0], 6);  // edited after the failure
+  std::stringstream kept;
+  kept << std::ifstream(file).rdbuf();
+  EXPECT_EQ(kept.str(), old);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
+  MatUndef(result);
+  std::filesystem::remove_all(dir);
+}
+
 }  // namespace
 }  // namespace velk_test
