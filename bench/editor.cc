@@ -1,10 +1,12 @@
 // velk-edit driven through a pseudo-terminal: the time and the bytes written
 // per keystroke on a small and a large matrix (the work should follow the
-// screen, not the matrix), and the time to the first full screen.
+// screen, not the matrix), also in a 60 x 200 window; a number entry and its
+// undo; and the time to the first full screen.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <string>
 
@@ -50,22 +52,37 @@ Files files;
 
 // Opens the n x n file and puts the cursor on (1, 1). The program is killed
 // (not quit) at the end, so a large changed matrix is never written back.
-bool OpenSquare(PtySession &pty, int n) {
+bool OpenSquare(PtySession &pty, int n, int lines, int columns) {
   std::string name = files.Square(n);
-  return pty.Start(VELK_EDIT_PATH, files.dir(), {name}) && pty.Settle(120000) &&
+  return pty.Start(VELK_EDIT_PATH, files.dir(), {name}, lines, columns) && pty.Settle(120000) &&
          pty.Send("j");
 }
 
+// The program's resident memory in KiB (VmRSS), or -1.
+double ResidentKiB(pid_t pid) {
+  std::ifstream in("/proc/" + std::to_string(pid) + "/status");
+  std::string key;
+  double value = 0;
+  while (in >> key) {
+    if (key == "VmRSS:" && in >> value) return value;
+    in.ignore(1 << 16, '\n');
+  }
+  return -1;
+}
+
 // Sends one key per iteration, cycling through `keys`, and waits until the
-// program waits for the next one. Counts the bytes written per key.
-void RunKeys(benchmark::State &state, const std::string &keys) {
+// program waits for the next one. Counts the bytes written per key, and how
+// much the program's resident memory grew over the run.
+void RunKeys(benchmark::State &state, const std::string &keys, int lines = 24,
+             int columns = 80) {
   PtySession pty;
-  if (!OpenSquare(pty, static_cast<int>(state.range(0)))) {
+  if (!OpenSquare(pty, static_cast<int>(state.range(0)), lines, columns)) {
     state.SkipWithError("velk-edit did not start");
     return;
   }
   pty.quiet_ms = 0;  // the byte count already says when the frame is in
   size_t before = pty.output.size();
+  double resident = ResidentKiB(pty.pid());
   size_t k = 0;
   for (auto _ : state) {
     if (!pty.Send(std::string(1, keys[k++ % keys.size()]), 5000)) {
@@ -75,11 +92,19 @@ void RunKeys(benchmark::State &state, const std::string &keys) {
   }
   state.counters["bytes_per_key"] = benchmark::Counter(
       static_cast<double>(pty.output.size() - before), benchmark::Counter::kAvgIterations);
+  state.counters["rss_growth_kib"] = ResidentKiB(pty.pid()) - resident;
 }
 
 // Down, right, up and left three times each: a closed path inside a 4 x 4
 // view, so both sizes do the same moves.
 void BM_Movement(benchmark::State &state) { RunKeys(state, "jjjlllkkkhhh"); }
+
+// The same moves in a 60 x 200 window: 53 rows of 12 numbers on the screen.
+void BM_MovementWide(benchmark::State &state) { RunKeys(state, "jjjlllkkkhhh", 60, 200); }
+
+// A number typed, stored and undone, a key at a time: the undo puts back the
+// one old value, whatever the size of the matrix (the memory stays flat).
+void BM_NumberUndo(benchmark::State &state) { RunKeys(state, "7\nu"); }
 
 // A number typed and stored, two keys at a time; the cursor moves on, and
 // on the large matrix the view scrolls across.
@@ -107,6 +132,8 @@ void BM_FirstScreen(benchmark::State &state) {
 // 20 x 20 fills the screen as 2000 x 2000 does: their bytes per key agree,
 // while 4 x 4 draws fewer cells.
 BENCHMARK(BM_Movement)->Arg(4)->Arg(20)->Arg(2000)->Iterations(240)->UseRealTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_MovementWide)->Arg(4)->Arg(60)->Arg(2000)->Iterations(240)->UseRealTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_NumberUndo)->Arg(4)->Arg(2000)->Iterations(240)->UseRealTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_NumberEntry)->Arg(4)->Arg(20)->Arg(2000)->Iterations(240)->UseRealTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_FirstScreen)->Arg(1000)->Iterations(3)->UseRealTime()->Unit(benchmark::kMillisecond);
 
