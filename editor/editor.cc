@@ -829,6 +829,10 @@ void PutBack(Session &s) {
   s.SetCurrent(result);
 }
 
+// One part of a complex matrix is shown and edited as a real matrix (after
+// "C" in a part's view the view number stays, but the whole matrix shows).
+bool PartShown() { return E.view != 0 && !E.complex; }
+
 // Joins the part shown back with the other part of the matrix kept aside.
 Matrix *JoinBack(Session &s) {
   bool real_shown = E.view == 1;
@@ -925,7 +929,7 @@ void Overwrite(Session &s) {
   if (s.block == nullptr) return;
   if (E.y + s.block->rows - 1 > E.rows || E.x + s.block->cols - 1 > E.cols) return;
   Matrix *block = s.block;
-  if (E.view != 0 && block->cls == kComplex)
+  if (PartShown() && block->cls == kComplex)
     block = Hold(E.view == 1 ? MatRealPart(block) : MatImagPart(block));
   else if (block->cls != kComplex && s.cur->cls == kComplex)
     block = Hold(MatRealToComp(block));
@@ -1153,7 +1157,7 @@ void RescueActive() {
   if (active == nullptr || rescuing) return;
   rescuing = true;
   Session &s = *active;
-  Matrix *m = E.view != 0 && !E.complex ? JoinBack(s) : s.cur;
+  Matrix *m = PartShown() ? JoinBack(s) : s.cur;
   if (!MatEqualExact(s.initial, m)) RescueMatrix(m, s.name.c_str());
 }
 
@@ -1192,7 +1196,7 @@ void GiveBackSignals() {
 }
 
 Matrix *Quit(Session &s) {
-  if (E.view != 0 && !E.complex) s.SetCurrent(JoinBack(s));
+  if (PartShown()) s.SetCurrent(JoinBack(s));
   ScreenClear();
   ScreenCursor(0, 0);
   ScreenFlush();

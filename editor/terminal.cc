@@ -40,13 +40,13 @@ constexpr tcflag_t kRawLocal = ISIG | ICANON | ECHO | ECHOK | ECHOKE | IEXTEN;
 
 // ---- signals noted for the main flow ----
 //
-// A handler only sets a bit and writes a byte to a pipe; the key reader
-// waits on the pipe beside descriptor 0, so a signal that arrives while a
-// key is awaited is acted on at once, and one that arrives while a command
-// runs, at the next key.
+// A handler only writes the signal's number to a pipe; the key reader waits
+// on the pipe beside descriptor 0, so a signal that arrives while a key is
+// awaited is acted on at once, and one that arrives while a command runs, at
+// the next key.
 
-volatile sig_atomic_t noted_signals = 0;  // bit (1 << sig)
 int note_pipe[2] = {-1, -1};
+volatile sig_atomic_t ending_noted = 0;  // a termination signal waits in the pipe
 
 constexpr int kEndingSignals = (1 << SIGTERM) | (1 << SIGQUIT) | (1 << SIGHUP);
 constexpr int kWindowSignals = (1 << SIGWINCH) | (1 << SIGCONT);
@@ -66,13 +66,14 @@ void MakeNotePipe() {
   }
 }
 
-// The signals noted since the last call; the pipe is emptied.
+// The signals noted since the last call, as bits (1 << sig); the pipe is
+// emptied.
 int TakeNotes() {
-  char drain[64];
-  if (note_pipe[0] >= 0)
-    while (read(note_pipe[0], drain, sizeof drain) > 0) continue;
-  int noted = noted_signals;
-  noted_signals = 0;
+  unsigned char drain[64];
+  int noted = 0;
+  ssize_t n;
+  while ((n = read(note_pipe[0], drain, sizeof drain)) > 0)
+    for (ssize_t k = 0; k < n; k++) noted |= 1 << drain[k];
   return noted;
 }
 
@@ -265,15 +266,16 @@ void TermSetEditExit(TermExitHandler handler) {
 
 void TermNoteSignal(int sig) {
   int saved = errno;
-  if ((1 << sig) & kEndingSignals & noted_signals) {
+  bool ending = ((1 << sig) & kEndingSignals) != 0;
+  if (ending && (ending_noted || note_pipe[1] < 0)) {
     // Asked twice while the first is still waiting for the main flow (a
-    // command that does not end): leave now.
+    // command that does not end), or nowhere to note it: leave now.
     SetCookedFlags();
     _exit(1);
   }
-  noted_signals = noted_signals | (1 << sig);
+  if (ending) ending_noted = 1;
   if (note_pipe[1] >= 0) {
-    char byte = 1;
+    unsigned char byte = static_cast<unsigned char>(sig);
     ssize_t n = write(note_pipe[1], &byte, 1);
     (void)n;  // a full pipe already wakes the reader
   }
@@ -294,7 +296,6 @@ void TermWatchWindow(bool on) {
       sigaction(kWindowSignalList[k], &window_before[k], nullptr);
     }
   }
-  if (!on) noted_signals = noted_signals & ~kWindowSignals;
 }
 
 namespace {
@@ -354,7 +355,7 @@ int WaitByte(bool window) {
   for (;;) {
     pollfd p[2] = {{0, POLLIN, 0}, {note_pipe[0], POLLIN, 0}};
     int ready = poll(p, note_pipe[0] >= 0 ? 2 : 1, -1);
-    int noted = noted_signals != 0 || (ready > 0 && (p[1].revents & POLLIN)) ? TakeNotes() : 0;
+    int noted = ready > 0 && (p[1].revents & POLLIN) ? TakeNotes() : 0;
     for (int sig : {SIGHUP, SIGTERM, SIGQUIT})
       if (noted & (1 << sig)) EndNoted(sig);
     if (noted & kWindowSignals) {
