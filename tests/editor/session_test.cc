@@ -119,14 +119,32 @@ void WritesFail(int fd) {
   close(full);
 }
 
+// A 1 x 1 matrix file alone in a new folder, and whether it is still as it
+// was, alone.
+struct OldFile {
+  OldFile() {
+    dir = testing::TempDir() + "velk-entry-XXXXXX";
+    if (mkdtemp(dir.data()) == nullptr) ADD_FAILURE() << "no folder";
+    file = dir + "/a.mat";
+    std::ofstream(file) << old;
+  }
+  ~OldFile() { std::filesystem::remove_all(dir); }
+  void ExpectIntact() const {
+    std::stringstream kept;
+    kept << std::ifstream(file).rdbuf();
+    EXPECT_EQ(kept.str(), old);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
+  }
+  const std::string old = "# 1 1\n  7.00000000E+00\n";
+  std::string dir;
+  std::string file;
+};
+
 // Quitting after a change on a full disk: the old file stays as it was and
 // the failure is reported (the write-back takes the writers' safe path).
 TEST(EditorEntry, FailedWriteBackKeepsTheFileAndReports) {
-  std::string dir = testing::TempDir() + "velk-entry-XXXXXX";
-  ASSERT_NE(mkdtemp(dir.data()), nullptr);
-  std::string file = dir + "/a.mat";
-  const std::string old = "# 1 1\n  7.00000000E+00\n";
-  std::ofstream(file) << old;
+  OldFile old;
+  std::string file = old.file;
   auto edit_and_quit = [&] {
     OutputFileSetTemporaryHook(WritesFail);
     Feed("j5\nq");
@@ -137,11 +155,7 @@ TEST(EditorEntry, FailedWriteBackKeepsTheFileAndReports) {
   EXPECT_EXIT(edit_and_quit(), testing::ExitedWithCode(0),
       Exact("\nprint " + file + "(1x1) >> \"" + file + "\" : Can't write file " + file +
             " in MatFileWrite().\n"));
-  std::stringstream kept;
-  kept << std::ifstream(file).rdbuf();
-  EXPECT_EQ(kept.str(), old);
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
-  std::filesystem::remove_all(dir);
+  old.ExpectIntact();
 }
 
 TEST(TerminalLines, ComplexKeyReadAsksForEachPartWithItsCurrentValue) {
@@ -165,27 +179,19 @@ TEST(TerminalLines, ComplexKeyReadAsksForEachPartWithItsCurrentValue) {
 // "w" through a failing writer: the old file stays byte for byte, the
 // screen says so, and the editing goes on to the end.
 TEST(EditorSession, AFailedWriteKeepsTheOldFileAndGoesOn) {
-  std::string dir = testing::TempDir() + "velk-w-XXXXXX";
-  ASSERT_NE(mkdtemp(dir.data()), nullptr);
-  std::string file = dir + "/a.mat";
-  const std::string old = "# 1 1\n  7.00000000E+00\n";
-  std::ofstream(file) << old;
+  OldFile old;
   MatInit();
   Matrix *m = MatSetName(MatFillDef(1, 1, 7), "m");
-  Feed("j5\nw" + file + "\nl6\nq");
+  Feed("j5\nw" + old.file + "\nl6\nq");
   OutputFileSetTemporaryHook(WritesFail);
   testing::internal::CaptureStdout();
   Matrix *result = MatEdit(m);
   std::string screen = testing::internal::GetCapturedStdout();
   OutputFileSetTemporaryHook(nullptr);
-  EXPECT_NE(screen.find("Can't write file " + file), std::string::npos);
+  EXPECT_NE(screen.find("Can't write file " + old.file), std::string::npos);
   EXPECT_EQ(MatReal(result)[0], 6);  // edited after the failure
-  std::stringstream kept;
-  kept << std::ifstream(file).rdbuf();
-  EXPECT_EQ(kept.str(), old);
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
+  old.ExpectIntact();
   MatUndef(result);
-  std::filesystem::remove_all(dir);
 }
 
 }  // namespace
