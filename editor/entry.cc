@@ -36,6 +36,11 @@ constexpr const char *kUsage =
     "  r w   read, write a file                q, Esc   quit\n"
     "  u ^R   undo, redo (every change, many levels)\n"
     "\n"
+    "The screen fills the window and follows a resize (60 x 10 at least).\n"
+    "A failed w is shown on the screen and keeps the old file. Fields take\n"
+    "what they show (17 characters, 4 digits); prompts take UTF-8. ^S is a\n"
+    "key, not a freeze. In the R or I view, o writes only that part.\n"
+    "\n"
     "environment: VELK_ESCDELAY   ms to wait for the rest of an arrow key (40)\n"
     "             VELK_UNDO_MAX   bytes the undo history keeps (256 MiB)\n";
 

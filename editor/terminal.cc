@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
-#include <sys/select.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -396,16 +395,7 @@ int TermEditKey() {
   return c;
 }
 
-bool TermKeyWaiting() {
-  if (!permanent_raw) TermMode(kTermRaw);
-  fd_set set;
-  FD_ZERO(&set);
-  FD_SET(0, &set);
-  timeval zero = {0, 0};
-  int n = select(1, &set, nullptr, nullptr, &zero);
-  if (!permanent_raw) TermMode(kTermCooked);
-  return n > 0;
-}
+bool TermKeyWaiting() { return TermKeyWithin(0); }
 
 bool TermKeyWithin(int ms) {
   if (!permanent_raw) TermMode(kTermRaw);
