@@ -78,6 +78,27 @@ TEST(EditorSession, LongSessionLeavesTheRegistryAsItFoundIt) {
   EXPECT_EQ(CompRegistryCheck(), complexes);
 }
 
+// Undoing a round of every command, redoing part of it and changing again
+// (which drops the rest) leaves no matrix behind: the history gives back
+// every matrix it held. Undone to the start, the matrix is the one given.
+TEST(EditorSession, UndoAndRedoLeaveTheRegistryAsTheyFoundIt) {
+  MatInit();
+  CompInit();
+  MatSweepAll();
+  long matrices = MatRegistryCheck();
+  Matrix *m = MatSetName(MatFillDef(3, 3, 4), "m");
+  Feed("j" + kRound + std::string(40, 'u') + "\x12\x12\x12\x12" + "9\n" +
+       std::string(60, 'u') + "q");
+  testing::internal::CaptureStdout();
+  Matrix *result = MatEditAllowComplex(m);
+  testing::internal::GetCapturedStdout();
+  ASSERT_TRUE(result->cls == kReal && result->rows == 3 && result->cols == 3);
+  EXPECT_EQ(std::vector<double>(MatReal(result), MatReal(result) + 9), std::vector<double>(9, 4));
+  MatUndef(result);
+  MatSweepAll();
+  EXPECT_EQ(MatRegistryCheck(), matrices);
+}
+
 TEST(EditorEntry, EqualityIsExactAndNaNNeverEqual) {
   MatInit();
   Matrix *a = MatFillDef(2, 2, 1.5);
