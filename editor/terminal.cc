@@ -72,7 +72,8 @@ int TakeNotes() {
   int noted = 0;
   ssize_t n;
   while ((n = read(note_pipe[0], drain, sizeof drain)) > 0)
-    for (ssize_t k = 0; k < n; k++) noted |= 1 << drain[k];
+    for (ssize_t k = 0; k < n; k++)
+      if (drain[k] < 31) noted |= 1 << drain[k];
   return noted;
 }
 
