@@ -1180,12 +1180,6 @@ void EditExit(int sig) {
 // every fatal report does.
 FatalHandler fatal_before = nullptr;
 
-void FatalRescue() {
-  RescueActive();
-  active = nullptr;
-  if (fatal_before != nullptr) fatal_before();
-}
-
 void TakeSignals() {
   edit_recorded = TermTakeSignals(EditSignal);
 }
@@ -1195,17 +1189,29 @@ void GiveBackSignals() {
   edit_recorded = nullptr;
 }
 
-Matrix *Quit(Session &s) {
-  if (PartShown()) s.SetCurrent(JoinBack(s));
-  ScreenClear();
-  ScreenCursor(0, 0);
-  ScreenFlush();
+// Everything a session set up for its signals and reports is given back.
+void LeaveSession() {
   editing = 0;
   active = nullptr;
   SetFatalHandler(fatal_before);
   TermWatchWindow(false);
   GiveBackSignals();
   TermSetEditExit(nullptr);
+}
+
+void FatalRescue() {
+  RescueActive();
+  FatalHandler next = fatal_before;
+  LeaveSession();  // a handler that takes over (a harness) finds no session
+  if (next != nullptr) next();
+}
+
+Matrix *Quit(Session &s) {
+  if (PartShown()) s.SetCurrent(JoinBack(s));
+  ScreenClear();
+  ScreenCursor(0, 0);
+  ScreenFlush();
+  LeaveSession();
   Matrix *result = s.cur;
   ClearHistory(s);
   s.Set(s.aside, nullptr);

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "core/alloc.h"
 #include "core/constructors.h"
 #include "editor/complex_key.h"
 #include "editor/editor.h"
@@ -213,6 +214,37 @@ TEST(EditorSession, AFailedWriteKeepsTheOldFileAndGoesOn) {
   EXPECT_EQ(MatReal(result)[0], 6);  // edited after the failure
   old.ExpectIntact();
   MatUndef(result);
+}
+
+// A fatal report in a session saves the changed matrix beside its file, then
+// the handler that was there before takes over; the session has let go of
+// everything, so the next one runs as usual.
+TEST(EditorSession, AFatalReportSavesThenHandsOver) {
+  OldFile old;
+  MatInit();
+  struct Fatal {};
+  FatalHandler before = SetFatalHandler([] { throw Fatal(); });
+  Matrix *m = MatSetName(MatFillDef(1, 1, 7), old.file.c_str());
+  Feed("j5\nr" + old.dir + "/nope\n");
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  EXPECT_THROW(MatEdit(m), Fatal);
+  testing::internal::GetCapturedStdout();
+  std::string said = testing::internal::GetCapturedStderr();
+  EXPECT_NE(said.find("velk-edit: " + old.file + ": changes saved in " + old.file + ".save\n"),
+            std::string::npos);
+  std::stringstream saved;
+  saved << std::ifstream(old.file + ".save").rdbuf();
+  EXPECT_EQ(saved.str(), "# 1 1\n  5.00000000E+00\n");
+  Feed("q");
+  testing::internal::CaptureStdout();
+  Matrix *next = MatEdit(MatSetName(MatFillDef(1, 1, 1), "n"));
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(MatReal(next)[0], 1);
+  MatUndef(next);
+  SetFatalHandler(before);
+  std::filesystem::remove(old.file + ".save");
+  old.ExpectIntact();
 }
 
 }  // namespace
