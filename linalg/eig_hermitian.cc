@@ -93,7 +93,7 @@ void htridi(int n, double *ar_p, double *ai_p, double *d_p, double *e_p, double 
           tau(2, j) = -gi;
           for (int k = 1; k <= j; k++) {
             ar(j, k) += -f * e(k) - g * ar(i, k) + fi * tau(2, k) + gi * ai(i, k);
-            ai(j, k) += -f * tau(2, k) - g * ai(i, k) + fi * e(k) - gi * ar(i, k);
+            ai(j, k) += -f * tau(2, k) - g * ai(i, k) - fi * e(k) - gi * ar(i, k);
           }
         }
       }

@@ -1,0 +1,409 @@
+// Eigenvalues, balancing, Hessenberg and Schur forms: scaled residuals on
+// seeded random matrices and on matrices with known spectra, the orders and
+// shapes of the results, and the fronts' reports.
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <random>
+
+#include "linalg/eigen_kernels.h"
+#include "matrix/block.h"
+#include "matrix/eigen.h"
+#include "matrix/operations.h"
+#include "tests/matrix/scenario.h"
+
+namespace {
+
+Cx Get(Matrix *m, int i, int j) { return ValueAt(m, static_cast<long long>(i) * m->cols + j); }
+
+// Largest column sum of magnitudes.
+template <class F>
+double Norm1(int rows, int cols, F at) {
+  double best = 0.0;
+  for (int j = 0; j < cols; j++) {
+    double s = 0.0;
+    for (int i = 0; i < rows; i++) s += std::abs(at(i, j));
+    best = std::max(best, s);
+  }
+  return best;
+}
+double Norm1(Matrix *m) {
+  return Norm1(m->rows, m->cols, [&](int i, int j) { return Get(m, i, j); });
+}
+
+// |A V - V D| / (|A| |V| n eps), D the diagonal of the values.
+double Residual(Matrix *a, Matrix *values, Matrix *vectors) {
+  int n = a->rows;
+  double r = Norm1(n, n, [&](int i, int j) {
+    Cx s = -Get(vectors, i, j) * Get(values, j, 0);
+    for (int k = 0; k < n; k++) s += Get(a, i, k) * Get(vectors, k, j);
+    return s;
+  });
+  return r / (std::max(Norm1(a), 1e-300) * Norm1(vectors) * n * eps);
+}
+
+// |A - U T U'| / (|A| n eps) and |U' U - I| / (n eps).
+void ExpectFactors(Matrix *a, Matrix *u, Matrix *t) {
+  int n = a->rows;
+  double r = Norm1(n, n, [&](int i, int j) {
+    Cx s = Get(a, i, j);
+    for (int k = 0; k < n; k++)
+      for (int l = 0; l < n; l++) s -= Get(u, i, k) * Get(t, k, l) * std::conj(Get(u, j, l));
+    return s;
+  });
+  double o = Norm1(n, n, [&](int i, int j) {
+    Cx s = i == j ? -1.0 : 0.0;
+    for (int k = 0; k < n; k++) s += std::conj(Get(u, k, i)) * Get(u, k, j);
+    return s;
+  });
+  EXPECT_LE(r / (std::max(Norm1(a), 1e-300) * n * eps), 20.0);
+  EXPECT_LE(o / (n * eps), 20.0);
+}
+
+// Real parts descending; equal real parts by imaginary parts descending.
+bool InOrder(Matrix *values) {
+  for (int j = 0; j + 1 < values->rows; j++) {
+    Cx x = Get(values, j, 0), y = Get(values, j + 1, 0);
+    if (x.real() < y.real() || (x.real() == y.real() && x.imag() < y.imag())) return false;
+  }
+  return true;
+}
+
+double ColumnNorm(Matrix *v, int j) {
+  double s = 0.0;
+  for (int i = 0; i < v->rows; i++) s += std::norm(Get(v, i, j));
+  return std::sqrt(s);
+}
+
+Matrix *Random(int n, int cls, unsigned seed) {
+  std::mt19937 rng(seed);
+  std::uniform_real_distribution<double> u(-1.0, 1.0);
+  std::vector<Cx> v(static_cast<size_t>(n) * n);
+  for (Cx &x : v) x = cls == kComplex ? Cx(u(rng), u(rng)) : Cx(u(rng));
+  return Make("A", cls, n, n, v);
+}
+
+Matrix *Square(int n, std::vector<Cx> v, int cls = kReal) { return Make("A", cls, n, n, v); }
+
+struct Eigen {
+  Matrix *values;
+  Matrix *vectors;
+};
+Eigen Eig(Matrix *a) {
+  Eigen e;
+  MatEig(a, &e.values, &e.vectors);
+  return e;
+}
+
+// The eigenvalues within tol of want, in want's order.
+testing::AssertionResult ValuesAre(Matrix *values, const std::vector<Cx> &want, double tol) {
+  if (values->cls != kComplex || values->rows != std::ssize(want) || values->cols != 1)
+    return testing::AssertionFailure() << "shape " << values->rows << "x" << values->cols;
+  for (int j = 0; j < values->rows; j++)
+    if (std::abs(Get(values, j, 0) - want[j]) > tol)
+      return testing::AssertionFailure() << "value " << j << " is " << Get(values, j, 0)
+                                         << ", want " << want[j];
+  return testing::AssertionSuccess();
+}
+
+// The eigenvalues within tol of want in some order (where rounding decides
+// the order of values whose real parts agree in theory).
+testing::AssertionResult SpectrumIs(Matrix *values, std::vector<Cx> want, double tol) {
+  for (int j = 0; j < values->rows; j++) {
+    auto near = std::find_if(want.begin(), want.end(),
+                             [&](Cx w) { return std::abs(Get(values, j, 0) - w) <= tol; });
+    if (near == want.end()) return testing::AssertionFailure() << "stray " << Get(values, j, 0);
+    want.erase(near);
+  }
+  if (want.empty()) return testing::AssertionSuccess();
+  return testing::AssertionFailure() << "missing " << want[0];
+}
+
+// The residual, the order, unit length on the real path, and the same values
+// from the values-only iteration.
+void ExpectEigen(Matrix *a, bool real_path = true) {
+  Eigen e = Eig(a);
+  EXPECT_LE(Residual(a, e.values, e.vectors), 20.0) << a->rows;
+  EXPECT_TRUE(InOrder(e.values));
+  for (int j = 0; j < a->rows && real_path; j++) EXPECT_NEAR(ColumnNorm(e.vectors, j), 1.0, 1e-13);
+  Matrix *alone = MatEigVal(a);
+  std::vector<Cx> want;
+  for (int j = 0; j < a->rows; j++) want.push_back(Get(e.values, j, 0));
+  EXPECT_TRUE(ValuesAre(alone, want, 1e-8 * std::max(1.0, Norm1(a))));
+}
+
+using EigenTest = Scenario;
+using EigenDeathTest = Scenario;
+
+TEST_F(EigenTest, RandomMatricesHaveSmallResidualsOnBothPaths) {
+  for (int n : {1, 2, 3, 4, 7, 16, 33, 60}) {
+    SCOPED_TRACE(n);
+    ExpectEigen(Random(n, kReal, 11 + n));
+    ExpectEigen(Random(n, kComplex, 29 + n), false);
+  }
+}
+
+TEST_F(EigenTest, KnownSpectra) {
+  // Rosser's matrix: a double, a nearly double and a nearly zero eigenvalue.
+  Matrix *rosser = Square(8, {611,  196,  -192, 407,  -8,   -52,  -49,  29,   196, 899, 113,
+                              -192, -71,  -43,  -8,   -44,  -192, 113,  899,  196, 61,  49,
+                              8,    52,   407,  -192, 196,  611,  8,    44,   59,  -23, -8,
+                              -71,  61,   8,    411,  -599, 208,  208,  -52,  -43, 49,  44,
+                              -599, 411,  208,  208,  -49,  -8,   8,    59,   208, 208, 99,
+                              -911, 29,   -44,  52,   -23,  208,  208,  -911, 99});
+  double r = 10 * std::sqrt(10405.0), s = 100 * std::sqrt(26.0);
+  ExpectEigen(rosser);
+  EXPECT_TRUE(ValuesAre(MatEigVal(rosser), {r, 1020, 510 + s, 1000, 1000, 510 - s, 0, -r}, 1e-9));
+
+  // Wilkinson's W21+: its two largest eigenvalues agree to 14 digits.
+  std::vector<Cx> w(21 * 21);
+  for (int i = 0; i < 21; i++) {
+    w[i * 21 + i] = std::abs(10 - i);
+    if (i > 0) w[i * 21 + i - 1] = w[(i - 1) * 21 + i] = 1;
+  }
+  Matrix *w21 = Square(21, w);
+  ExpectEigen(w21);
+  Matrix *wv = MatEigVal(w21);
+  EXPECT_NEAR(Get(wv, 0, 0).real(), 10.746194182903393, 1e-12);
+  EXPECT_NEAR(Get(wv, 1, 0).real(), 10.746194182903322, 1e-12);
+
+  // The companion matrix of (x - 1)(x - 2)(x - 3)(x - 4)(x - 5).
+  Matrix *companion = Square(5, {0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 120,
+                                 -274, 225, -85, 15});
+  ExpectEigen(companion);
+  EXPECT_TRUE(ValuesAre(MatEigVal(companion), {5, 4, 3, 2, 1}, 1e-9));
+
+  // The cyclic permutation: the sixth roots of unity.
+  std::vector<Cx> c(36);
+  for (int i = 0; i < 6; i++) c[i * 6 + (i + 1) % 6] = 1;
+  Matrix *cyclic = Square(6, c);
+  ExpectEigen(cyclic);
+  double h = std::sqrt(3.0) / 2;
+  EXPECT_TRUE(ValuesAre(MatEigVal(cyclic), {1, {0.5, h}, {0.5, -h}, {-0.5, h}, {-0.5, -h}, -1},
+                        1e-12));
+
+  // Complex pairs among real values, and rotations.
+  Matrix *pairs = Square(4, {1, -2, 0, 5, 2, 1, 3, 0, 0, 0, -1, -4, 0, 0, 4, -1});
+  ExpectEigen(pairs);
+  EXPECT_TRUE(ValuesAre(MatEigVal(pairs), {{1, 2}, {1, -2}, {-1, 4}, {-1, -4}}, 1e-12));
+
+  // Entries from 1e-8 to 1e8, which only balancing brings to one scale.
+  std::vector<Cx> b(25);
+  double scale[5] = {1e-4, 1e-2, 1, 1e2, 1e4};
+  Matrix *base = Random(5, kReal, 3);
+  for (int i = 0; i < 5; i++)
+    for (int j = 0; j < 5; j++) b[i * 5 + j] = Get(base, i, j) * scale[i] / scale[j];
+  Matrix *graded = Square(5, b);
+  ExpectEigen(graded);
+  EXPECT_TRUE(ValuesAre(MatEigVal(graded), [&] {
+    std::vector<Cx> want;
+    Matrix *v = MatEigVal(base);
+    for (int j = 0; j < 5; j++) want.push_back(Get(v, j, 0));
+    return want;
+  }(), 1e-12));
+}
+
+// Matrices on which a QR iteration without exceptional shifts stalls.
+TEST_F(EigenTest, HardCasesConverge) {
+  Matrix *hard = Square(5, {0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 0, 1, 1, 0,
+                            1, 0, 1});
+  ExpectEigen(hard);
+  double g = (1 + std::sqrt(5.0)) / 2;
+  EXPECT_TRUE(SpectrumIs(MatEigVal(hard), {g, {0, 1}, 0, {0, -1}, 1 - g}, 1e-12));
+  ExpectEigen(MatRealToComp(hard), true);
+  // The same on the complex path: shifted by 0.001 i.
+  std::vector<Cx> v(25);
+  for (int k = 0; k < 25; k++) v[k] = Get(hard, k / 5, k % 5) + (k % 6 == 0 ? Cx(0, 1e-3) : 0.0);
+  Matrix *shifted = Square(5, v, kComplex);
+  ExpectEigen(shifted, false);
+  EXPECT_TRUE(SpectrumIs(MatEigVal(shifted),
+                         {{g, 1e-3}, {0, 1.001}, {0, 1e-3}, {0, -0.999}, {1 - g, 1e-3}}, 1e-12));
+  // A zero matrix and a Jordan block (defective: the vectors are parallel).
+  ExpectEigen(Square(3, std::vector<Cx>(9)));
+  EXPECT_TRUE(ValuesAre(MatEigVal(Square(3, {2, 1, 0, 0, 2, 1, 0, 0, 2})), {2, 2, 2}, 1e-5));
+}
+
+TEST_F(EigenTest, OrdersAndShapes) {
+  Eigen d = Eig(Square(3, {1, 0, 0, 0, 3, 0, 0, 0, 2}));
+  EXPECT_TRUE(Holds(d.values, kComplex, 3, 1, {3, 2, 1}));
+  EXPECT_TRUE(Holds(d.vectors, kComplex, 3, 3, {0, 0, 1, 1, 0, 0, 0, 1, 0}));
+
+  Eigen rot = Eig(Square(2, {0, 1, -1, 0}));
+  EXPECT_TRUE(ValuesAre(rot.values, {{0, 1}, {0, -1}}, 1e-15));
+  EXPECT_LE(Residual(Square(2, {0, 1, -1, 0}), rot.values, rot.vectors), 20.0);
+  // The two columns of a pair are conjugates.
+  for (int i = 0; i < 2; i++) EXPECT_EQ(Get(rot.vectors, i, 0), std::conj(Get(rot.vectors, i, 1)));
+
+  Eigen one = Eig(Square(1, {-7.5}));
+  EXPECT_TRUE(Holds(one.values, kComplex, 1, 1, {-7.5}));
+  EXPECT_TRUE(Holds(one.vectors, kComplex, 1, 1, {1}));
+
+  // Values with vectors in one matrix, and vectors alone.
+  Matrix *a = Random(4, kReal, 5);
+  Eigen e = Eig(a);
+  Matrix *joined = MatEigValVec(a), *vec = MatEigVec(a);
+  ASSERT_TRUE(joined->rows == 4 && joined->cols == 5 && joined->cls == kComplex);
+  for (int i = 0; i < 4; i++) {
+    EXPECT_EQ(Get(joined, i, 0), Get(e.values, i, 0));
+    for (int j = 0; j < 4; j++) {
+      EXPECT_EQ(Get(joined, i, j + 1), Get(e.vectors, i, j));
+      EXPECT_EQ(Get(vec, i, j), Get(e.vectors, i, j));
+    }
+  }
+
+  // Only the complex path leaves the vectors unnormalised.
+  Matrix *tilted = MatAdd_Complex(a, CompDef("", 0, 1e-9));
+  Matrix *tv = MatEigVec(tilted);
+  bool any_off = false;
+  for (int j = 0; j < 4; j++) any_off = any_off || std::fabs(ColumnNorm(tv, j) - 1.0) > 1e-6;
+  EXPECT_TRUE(any_off);
+}
+
+TEST_F(EigenTest, HermitianPairsDescend) {
+  for (int n : {1, 2, 5, 12, 40}) {
+    SCOPED_TRACE(n);
+    Matrix *r = Random(n, kComplex, 100 + n), *a = MatAdd(r, MatConjTrans(r));
+    Matrix *values, *vectors;
+    MatHermitEig(a, &values, &vectors);
+    EXPECT_LE(Residual(a, values, vectors), 20.0);
+    for (int j = 0; j < n; j++) {
+      EXPECT_EQ(Get(values, j, 0).imag(), 0.0);
+      if (j + 1 < n) {
+        EXPECT_GE(Get(values, j, 0).real(), Get(values, j + 1, 0).real());
+      }
+    }
+    std::vector<Cx> diagonal(static_cast<size_t>(n) * n);
+    for (int j = 0; j < n; j++) diagonal[j * n + j] = Get(values, j, 0);
+    ExpectFactors(a, vectors, Square(n, diagonal, kComplex));  // a = V D V', V unitary
+    Matrix *general = MatEigVal(a);
+    for (int j = 0; j < n; j++)
+      EXPECT_NEAR(Get(general, j, 0).real(), Get(values, j, 0).real(), 1e-12 * n);
+  }
+}
+
+TEST_F(EigenTest, BalanceScalesByPowersOfTwo) {
+  Matrix *balanced = Square(3, {1, 2, 3, 3, 1, 2, 2, 3, 1});
+  Matrix *d, *b;
+  MatBalance(balanced, &d, &b);
+  EXPECT_TRUE(Holds(d, kReal, 3, 3, {1, 0, 0, 0, 1, 0, 0, 0, 1}));
+  EXPECT_TRUE(Holds(b, kReal, 3, 3, {1, 2, 3, 3, 1, 2, 2, 3, 1}));
+
+  for (int cls : {kReal, kComplex}) {
+    std::vector<Cx> v = {1, 1e6, {0, 2}, 1e-6, 4, 0, 3, 1e5, {5, 1}};
+    if (cls == kReal)
+      for (Cx &x : v) x = x.real() + x.imag();
+    Matrix *a = Square(3, v, cls);
+    MatBalance(a, &d, &b);
+    EXPECT_EQ(b->cls, cls);
+    for (int i = 0; i < 3; i++)
+      for (int j = 0; j < 3; j++) {
+        double di = Get(d, i, i).real(), dj = Get(d, j, j).real();
+        int exponent;
+        EXPECT_EQ(std::frexp(di, &exponent), 0.5);  // a power of two
+        if (i != j) {
+          EXPECT_EQ(Get(d, i, j), 0.0);
+        }
+        EXPECT_EQ(Get(b, i, j), Get(a, i, j) * dj / di);  // exact
+      }
+    EXPECT_LT(Norm1(b), Norm1(a) / 100);
+  }
+}
+
+TEST_F(EigenTest, HessenbergAndSchurFactorOnBothPaths) {
+  for (int cls : {kReal, kComplex})
+    for (int n : {1, 2, 6, 25}) {
+      SCOPED_TRACE(n);
+      Matrix *a = Random(n, cls, 7 * n + cls), *h, *p, *t, *u;
+      MatHessenberg(a, &h, &p);
+      ExpectFactors(a, p, h);
+      for (int i = 2; i < n; i++)
+        for (int j = 0; j < i - 1; j++) EXPECT_EQ(Get(h, i, j), 0.0);
+      MatSchur(a, &t, &u);
+      EXPECT_TRUE(t->cls == cls && u->cls == cls);
+      ExpectFactors(a, u, t);
+      for (int i = 1; i < n; i++)
+        for (int j = 0; j < i; j++) {
+          // Below the diagonal only the subdiagonal of a real 2 x 2 block.
+          bool block = cls == kReal && j == i - 1 && Get(t, i, j) != 0.0 &&
+                       (i < 2 || Get(t, i - 1, i - 2) == 0.0) &&
+                       (i + 1 >= n || Get(t, i + 1, i) == 0.0);
+          if (!block) {
+            EXPECT_EQ(Get(t, i, j), 0.0) << i << "," << j;
+          }
+        }
+    }
+}
+
+TEST_F(EigenTest, SchurKeepsOrderAndTheComplexKernelTakesRealValues) {
+  Matrix *upper = Square(4, {4, 1, 2, 3, 0, -1, 5, 6, 0, 0, 7, 8, 0, 0, 0, 2});
+  Matrix *t, *u;
+  MatSchur(upper, &t, &u);
+  EXPECT_TRUE(Holds(t, kReal, 4, 4, {4, 1, 2, 3, 0, -1, 5, 6, 0, 0, 7, 8, 0, 0, 0, 2}));
+  EXPECT_TRUE(Holds(u, kReal, 4, 4, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
+
+  // The real path keeps a 2 x 2 block; the complex kernel on the same values
+  // (zero imaginary parts) triangularises.
+  Matrix *rot = Square(2, {1, -2, 2, 1});
+  MatSchur(MatRealToComp(rot), &t, &u);
+  EXPECT_EQ(t->cls, kComplex);
+  EXPECT_NE(Get(t, 1, 0), 0.0);
+  Matrix *ct = C_MatDef("", 2, 2), *cu = C_MatDef("", 2, 2), *crot = MatRealToComp(rot);
+  C_Mat_Schur(ct, cu, crot);
+  ExpectFactors(crot, cu, ct);
+  EXPECT_EQ(Get(ct, 1, 0), 0.0);
+  EXPECT_NEAR(std::abs(Get(ct, 0, 0) - Cx(1, 2)) * std::abs(Get(ct, 0, 0) - Cx(1, -2)), 0, 1e-14);
+  EXPECT_NEAR(std::abs(Get(ct, 0, 0) + Get(ct, 1, 1) - 2.0), 0, 1e-14);
+}
+
+TEST_F(EigenTest, ComplexHelpers) {
+  double yr, yi;
+  for (Cx x : {Cx(4, 0), Cx(-4, 0), Cx(0, 2), Cx(0, -2), Cx(-3, 4), Cx(3, -4), Cx(0, 0)}) {
+    csroot(x.real(), x.imag(), &yr, &yi);
+    EXPECT_LE(std::abs(Cx(yr, yi) - std::sqrt(x)), 1e-15) << x;
+  }
+  double cr, ci;
+  cdiv(1, 2, 3, 4, &cr, &ci);
+  EXPECT_LE(std::abs(Cx(cr, ci) - Cx(1, 2) / Cx(3, 4)), 1e-16);
+  cdiv(1e300, 1e300, 1e300, 1e-300, &cr, &ci);  // no overflow in the divisor's scale
+  EXPECT_LE(std::abs(Cx(cr, ci) - Cx(1, 1)), 1e-15);
+  testing::internal::CaptureStderr();
+  cdiv(1, 1, 0, 0, &cr, &ci);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "cdiv() in c_eigen :  [Zero division]\n");
+  EXPECT_FALSE(std::isfinite(cr));
+}
+
+TEST_F(EigenDeathTest, FrontsReportTheirExpression) {
+  Matrix *e = Make("E", kReal, 0, 0), *w = Make("W", kReal, 2, 3), *p = Make("P", kPoly, 2, 2);
+  Matrix *r = Make("R", kReal, 2, 2, {1, 2, 3, 4});
+  std::vector<Cx> v(16, 1.0);
+  v[6] = v[9] = NAN;  // above and below the diagonal
+  Matrix *n = Make("N", kReal, 4, 4, v);
+  v[0] = {1, 1};
+  Matrix *cn = Make("C", kComplex, 4, 4, v);
+  Matrix *d1, *d2;
+  ExpectReports({
+      {[=] { MatEigVal(e); }, "eigval(E(0x0)) : Zero-size matrix in MatEigVal()."},
+      {[&] { MatEig(w, &d1, &d2); }, "eig(W(2x3)) : Not a square matrix in MatEig()."},
+      {[=] { MatEigVec(w); }, "eigvec(W(2x3)) : Not a square matrix in MatEigVec()."},
+      {[=] { MatEigValVec(e); }, "eig(E(0x0)) : Zero-size matrix in MatEigValVec()."},
+      {[&] { MatBalance(p, &d1, &d2); }, "balance(P(2x2)) : Incorrect class matrix in MatBalance()."},
+      {[&] { MatHessenberg(w, &d1, &d2); }, "hess(W(2x3)) : Not a square matrix in MatHessenberg()."},
+      {[&] { MatSchur(e, &d1, &d2); }, "schur(E(0x0)) : Zero-size matrix in MatSchur()."},
+      {[&] { MatHermitEig(r, &d1, &d2); }, "heig(R(2x2)) : Not a complex matrix in MatHermitEig()."},
+      {[&] { MatHermitEig(w, &d1, &d2); }, "heig(W(2x3)) : Not a square matrix in MatHermitEig()."},
+      {[=] { MatEigValDef(w); }, "Not a square matrix for 'W(2 x 3)' in MatEigValDef()."},
+      {[=] { MatEigVecDef(w); }, "Not a square matrix for 'W(2 x 3)' in MatEigVecDef()."},
+      // NaN entries never deflate: every iteration runs out of its budget.
+      {[&] { MatEig(n, &d1, &d2); }, "eig(N(4x4)) : Solution will not converge in Mat_Eig()."},
+      {[=] { MatEigVal(n); }, "eigval(N(4x4)) : Solution will not converge in Mat_EigVal()."},
+      {[&] { MatSchur(n, &d1, &d2); }, "schur(N(4x4)) : Solution will not converge in Mat_Schur()."},
+      {[=] { MatEigVec(cn); }, "eig(C(4x4)) : Solution will not converge in C_Mat_Eig()."},
+      {[=] { MatEigVal(cn); }, "eigval(C(4x4)) : Solution will not converge in C_Mat_EigVal()."},
+      {[&] { MatSchur(cn, &d1, &d2); },
+       "schur(C(4x4)) : Solution will not converge in C_Mat_Schur()."},
+      {[&] { MatHermitEig(cn, &d1, &d2); },
+       "heig(C(4x4)) : Solution will not converge in C_Mat_HermitEig()."},
+  });
+}
+
+}  // namespace
