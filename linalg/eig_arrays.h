@@ -7,6 +7,16 @@
 #include <cmath>
 #include <utility>
 
+// The long loops of the real kernels also get a copy built for processors
+// with 256-bit vectors and fused multiply-add, chosen at load time. (Fused
+// operations round once where the plain ones round twice, so the two copies
+// agree to rounding, not bit for bit.)
+#if defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__) && defined(__linux__)
+#define VELK_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v3", "default")))
+#else
+#define VELK_VECTOR_CLONES
+#endif
+
 namespace velk_eigen {
 
 // A square array stored row by row: (i, j) is p[(i - 1) n + j - 1].
@@ -29,7 +39,20 @@ struct ByCols {
 struct Vec {
   double *p;
   double &operator()(int i) const { return p[i - 1]; }
+  double *Base() const { return p - 1; }  // Base()[i] is (i)
 };
+
+// The sum of x[i] y[i] for i = lo .. hi, in eight interleaved partial sums so
+// that the additions pipeline and vectorise. The published loops sum in one
+// order; this one differs from them by rounding only.
+inline double Dot(const double *x, const double *y, int lo, int hi) {
+  double s[8] = {0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0};
+  int i = lo;
+  for (; i + 7 <= hi; i += 8)
+    for (int k = 0; k < 8; k++) s[k] += x[i + k] * y[i + k];
+  for (; i <= hi; i++) s[0] += x[i] * y[i];
+  return ((s[0] + s[1]) + (s[2] + s[3])) + ((s[4] + s[5]) + (s[6] + s[7]));
+}
 
 // The balancing of balanc (radix 2) over K arrays that hold the parts of
 // one matrix: K = 1 is balanc itself, K = 2 is cbal with (ar, ai), where the

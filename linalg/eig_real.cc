@@ -29,7 +29,7 @@ void balbak(int n, int low, int igh, const double *scale, int m, double *z) {
 }
 
 // Householder reduction to Hessenberg form, after the Algol procedure orthes.
-void orthes(int n, int low, int igh, double *a_p, double *ort_p) {
+VELK_VECTOR_CLONES void orthes(int n, int low, int igh, double *a_p, double *ort_p) {
   ByRows a{a_p, n};
   Vec ort{ort_p};
   std::vector<double> f_row(n + 1);
@@ -68,12 +68,7 @@ void orthes(int n, int low, int igh, double *a_p, double *ort_p) {
     // Form (I - u u' / h) a (I - u u' / h).
     for (int i = 1; i <= igh; i++) {
       double *ai = a.Row(i);
-      double f = 0.0;
-      for (int jj = m; jj <= igh; jj++) {
-        int j = mp - jj;
-        f += ort(j) * ai[j];
-      }
-      f /= h;
+      double f = Dot(ort.Base(), ai, m, igh) / h;
       for (int j = m; j <= igh; j++) ai[j] -= f * ort(j);
     }
     ort(m) *= scale;
@@ -83,7 +78,8 @@ void orthes(int n, int low, int igh, double *a_p, double *ort_p) {
 
 // Accumulation of the transformations of orthes, after the Algol procedure
 // ortrans.
-void ortran(int n, int low, int igh, const double *a_p, double *ort_p, double *z_p) {
+VELK_VECTOR_CLONES void ortran(int n, int low, int igh, const double *a_p, double *ort_p,
+                               double *z_p) {
   ByRows a{const_cast<double *>(a_p), n};
   ByCols z{z_p, n};
   Vec ort{ort_p};
@@ -95,8 +91,7 @@ void ortran(int n, int low, int igh, const double *a_p, double *ort_p, double *z
     if (a(mp, mp - 1) == 0.0) continue;
     for (int i = mp + 1; i <= igh; i++) ort(i) = a(i, mp - 1);
     for (int j = mp; j <= igh; j++) {
-      double *zj = z.Col(j), g = 0.0;
-      for (int i = mp; i <= igh; i++) g += ort(i) * zj[i];
+      double *zj = z.Col(j), g = Dot(ort.Base(), zj, mp, igh);
       // The divisor is the negative of h of orthes; two divisions avoid an
       // underflow.
       g = (g / ort(mp)) / a(mp, mp - 1);
@@ -144,7 +139,7 @@ class RealQr {
   double norm_ = 0.0, t_ = 0.0;
 };
 
-int RealQr::Run() {
+VELK_VECTOR_CLONES int RealQr::Run() {
   ByRows h = h_;
   // Norm of the Hessenberg part; roots isolated by balancing are read off.
   for (int i = 1, k = 1; i <= n_; i++) {
@@ -237,7 +232,7 @@ int RealQr::FindTwoSmallSubdiagonals(int l, int en, double x, double y, double w
 }
 
 // Rows k .. k + rows - 1 (2 or 3) of h, columns k .. jmax, times the reflector.
-void RealQr::ReflectRows(int k, int rows, int jmax, double x, double y, double zz, double q,
+VELK_VECTOR_CLONES void RealQr::ReflectRows(int k, int rows, int jmax, double x, double y, double zz, double q,
                          double r) {
   double *__restrict hk = h_.Row(k);
   double *__restrict hk1 = h_.Row(k + 1);
@@ -260,7 +255,7 @@ void RealQr::ReflectRows(int k, int rows, int jmax, double x, double y, double z
 
 // Columns k .. k + cols - 1 of h (rows imin .. imax) and, when accumulating,
 // of z (rows low .. igh), times the reflector.
-void RealQr::ReflectColumns(int k, int cols, int imin, int imax, double x, double y, double zz,
+VELK_VECTOR_CLONES void RealQr::ReflectColumns(int k, int cols, int imin, int imax, double x, double y, double zz,
                             double q, double r) {
   for (int i = imin; i <= imax; i++) {
     double *hi = h_.Row(i);
@@ -383,7 +378,7 @@ void RealQr::TwoRoots(int en, double x, double y, double w) {
 
 // Vectors of the quasi-triangular form by back-substitution, into the upper
 // triangle of h (the published steps 340 to 800).
-void RealQr::BackSubstitute() {
+VELK_VECTOR_CLONES void RealQr::BackSubstitute() {
   ByRows h = h_;
   Vec wr = wr_, wi = wi_;
   if (norm_ == 0.0) return;
@@ -481,7 +476,7 @@ void RealQr::BackSubstitute() {
 // Vectors of isolated roots, then z times the triangular vectors of h: column
 // j of the result is a combination of the columns of z, gathered in a work
 // column (j from n down, so the columns still needed are the old ones).
-void RealQr::TransformVectors() {
+VELK_VECTOR_CLONES void RealQr::TransformVectors() {
   ByRows h = h_;
   ByCols z = z_;
   if (norm_ == 0.0) return;
