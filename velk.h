@@ -23,6 +23,7 @@
 #include "io/scalar_file.h"
 #include "io/text_format.h"
 #include "matrix/block.h"
+#include "matrix/eigen.h"
 #include "matrix/elements.h"
 #include "matrix/operations.h"
 #include "container/list.h"

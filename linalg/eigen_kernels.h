@@ -79,4 +79,19 @@ int tql2(int n, double *d, double *e, double *z, double machep);
 void htribk(int n, const double *ar, const double *ai, const double *tau, int m, double *zr,
             double *zi);
 
+// ---- drivers: the kernels in sequence, for callers below the matrix layer ----
+
+// The order of eigenvalues: bubble-sort passes of n - 1 sweeps each, first by
+// wi, then by wr (skipped when wi is null), larger first, an exchange only
+// when the earlier value is strictly smaller. So real parts descend, and
+// equal real parts have imaginary parts descending. from[j] (from 0) is the
+// index of the value that goes to place j; vectors follow the same moves.
+void EigenOrder(int n, const double *wr, const double *wi, int *from);
+// The eigenvalues of the real a (n x n, row by row, destroyed) in the order of
+// EigenOrder: balanc with isolation, orthes, hqr. Returns 0, or hqr's failure
+// index (then wr, wi are undefined).
+int RealEigenvalues(int n, double *a, double *wr, double *wi, double machep);
+// The same for the complex (ar, ai): cbal, corth, comqr.
+int ComplexEigenvalues(int n, double *ar, double *ai, double *wr, double *wi, double machep);
+
 #endif

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <initializer_list>
 #include <utility>
 #include <vector>
 
@@ -94,23 +93,22 @@ void FromColumns(Matrix *u, const double *zr, const double *zi) {
 
 // ---- order -------------------------------------------------------------------
 
-// The order of the eigenvalues: bubble-sort passes of n - 1 sweeps, one per
-// key (the last key decides first), larger first, an exchange only when the
-// earlier value is strictly smaller. Returns where each place takes its
-// value from; the vector columns follow the same permutation.
-std::vector<int> Order(int n, std::initializer_list<const double *> keys) {
+// Where each place takes its eigenvalue from (EigenOrder).
+std::vector<int> Order(int n, const double *wr, const double *wi) {
   std::vector<int> from(n);
-  for (int j = 0; j < n; j++) from[j] = j;
-  for (const double *key : keys)
-    for (int sweep = 1; sweep < n; sweep++)
-      for (int j = 0; j + 1 < n; j++)
-        if (key[from[j]] < key[from[j + 1]]) std::swap(from[j], from[j + 1]);
+  EigenOrder(n, wr, wi, from.data());
   return from;
 }
 
-void PutValues(Matrix *values, const std::vector<int> &from, const double *wr, const double *wi) {
+// The eigenvalues into the n x 1 values, in the order of from (or as they
+// are); wi null for real ones.
+void PutValues(Matrix *values, const double *wr, const double *wi,
+               const std::vector<int> *from = nullptr) {
   Complexd *v = Entries<Complexd>(values);
-  for (size_t j = 0; j < from.size(); j++) v[j] = Complexd(wr[from[j]], wi ? wi[from[j]] : 0.0);
+  for (int j = 0; j < values->rows; j++) {
+    int k = from ? (*from)[j] : j;
+    v[j] = Complexd(wr[k], wi ? wi[k] : 0.0);
+  }
 }
 
 // The vectors of hqr2 (real column j, or the pair j, j + 1 as z(:, j) +-
@@ -241,22 +239,19 @@ void Mat_Eig(Matrix *values, Matrix *vectors, Matrix *a) {
   if (hqr2(n, low, igh, h, wr, wi, z, eps, false) != 0)
     return NotConverge(work, "Mat_Eig()", "eig(%s(%dx%d))", a);
   balbak(n, low, igh, scale, n, z);
-  std::vector<int> from = Order(n, {wi, wr});
-  PutValues(values, from, wr, wi);
+  std::vector<int> from = Order(n, wr, wi);
+  PutValues(values, wr, wi, &from);
   PutRealVectors(vectors, from, z, wi);
 }
 
 void Mat_EigVal(Matrix *values, Matrix *a) {
-  int n = a->rows, low, igh;
+  int n = a->rows;
   Work work;
-  double *h = work.Take(Square(n));
-  double *wr = work.Take(n), *wi = work.Take(n), *scale = work.Take(n), *ort = work.Take(n);
+  double *h = work.Take(Square(n)), *wr = work.Take(n), *wi = work.Take(n);
   std::copy(MatReal(a), MatReal(a) + Square(n), h);
-  balanc(n, h, true, &low, &igh, scale);
-  orthes(n, low, igh, h, ort);
-  if (hqr(n, low, igh, h, wr, wi, eps) != 0)
+  if (RealEigenvalues(n, h, wr, wi, eps) != 0)
     return NotConverge(work, "Mat_EigVal()", "eigval(%s(%dx%d))", a);
-  PutValues(values, Order(n, {wi, wr}), wr, wi);
+  PutValues(values, wr, wi);
 }
 
 void Mat_Schur(Matrix *t, Matrix *u, Matrix *a) {
@@ -287,23 +282,20 @@ void C_Mat_Eig(Matrix *values, Matrix *vectors, Matrix *a) {
   if (comqr2(n, low, igh, ortr, orti, hr, hi, wr, wi, zr, zi, eps, false) != 0)
     return NotConverge(work, "C_Mat_Eig()", "eig(%s(%dx%d))", a);
   cbabk2(n, low, igh, scale, n, zr, zi);
-  std::vector<int> from = Order(n, {wi, wr});
-  PutValues(values, from, wr, wi);
+  std::vector<int> from = Order(n, wr, wi);
+  PutValues(values, wr, wi, &from);
   PutComplexVectors(vectors, from, zr, zi);
 }
 
 void C_Mat_EigVal(Matrix *values, Matrix *a) {
-  int n = a->rows, low, igh;
+  int n = a->rows;
   Work work;
   double *hr = work.Take(Square(n)), *hi = work.Take(Square(n));
-  double *wr = work.Take(n), *wi = work.Take(n), *scale = work.Take(n);
-  double *ortr = work.Take(n), *orti = work.Take(n);
+  double *wr = work.Take(n), *wi = work.Take(n);
   Split(a, hr, hi);
-  cbal(n, hr, hi, true, &low, &igh, scale);
-  corth(n, low, igh, hr, hi, ortr, orti);
-  if (comqr(n, low, igh, hr, hi, wr, wi, eps) != 0)
+  if (ComplexEigenvalues(n, hr, hi, wr, wi, eps) != 0)
     return NotConverge(work, "C_Mat_EigVal()", "eigval(%s(%dx%d))", a);
-  PutValues(values, Order(n, {wi, wr}), wr, wi);
+  PutValues(values, wr, wi);
 }
 
 void C_Mat_Schur(Matrix *t, Matrix *u, Matrix *a) {
@@ -333,8 +325,8 @@ void C_Mat_HermitEig(Matrix *values, Matrix *vectors, Matrix *a) {
   if (tql2(n, d, e, zr, eps) != 0)
     return NotConverge(work, "C_Mat_HermitEig()", "heig(%s(%dx%d))", a);
   htribk(n, ar, ai, tau, n, zr, zi);
-  std::vector<int> from = Order(n, {d});
-  PutValues(values, from, d, nullptr);
+  std::vector<int> from = Order(n, d, nullptr);
+  PutValues(values, d, nullptr, &from);
   PutComplexVectors(vectors, from, zr, zi);
 }
 

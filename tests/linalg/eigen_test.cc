@@ -372,6 +372,24 @@ TEST_F(EigenTest, ComplexHelpers) {
   EXPECT_FALSE(std::isfinite(cr));
 }
 
+// The drivers that callers below the matrix layer use: the same values in the
+// same order as the fronts.
+TEST_F(EigenTest, DriversOrderLikeTheFronts) {
+  const double wr[] = {1, 3, 1, 2, 3}, wi[] = {-1, 0, 1, 0, 0};
+  int from[5];
+  EigenOrder(5, wr, wi, from);
+  EXPECT_EQ(std::vector<int>(from, from + 5), (std::vector<int>{1, 4, 3, 2, 0}));
+  EigenOrder(5, wr, nullptr, from);
+  EXPECT_EQ(std::vector<int>(from, from + 5), (std::vector<int>{1, 4, 3, 0, 2}));
+
+  double a[9] = {0, 1, 0, 0, 0, 1, 6, -11, 6}, re[3], im[3];  // roots 1, 2, 3
+  ASSERT_EQ(RealEigenvalues(3, a, re, im, eps), 0);
+  for (int j = 0; j < 3; j++) EXPECT_NEAR(re[j], 3 - j, 1e-12);
+  double ar[4] = {0, 1, -1, 0}, ai[4] = {1, 0, 0, 1};  // i I + rotation: 2i, 0
+  ASSERT_EQ(ComplexEigenvalues(2, ar, ai, re, im, eps), 0);
+  EXPECT_LE(std::abs(Cx(re[0], im[0]) - Cx(0, 2)) + std::abs(Cx(re[1], im[1])), 1e-15);
+}
+
 TEST_F(EigenDeathTest, FrontsReportTheirExpression) {
   Matrix *e = Make("E", kReal, 0, 0), *w = Make("W", kReal, 2, 3), *p = Make("P", kPoly, 2, 2);
   Matrix *r = Make("R", kReal, 2, 2, {1, 2, 3, 4});
