@@ -142,6 +142,15 @@ void PutComplexVectors(Matrix *vectors, const std::vector<int> &from, const doub
   }
 }
 
+// The values in the order of EigenOrder; put(from) writes the vector columns
+// in the same order.
+template <class Put>
+void PutOrdered(Matrix *values, const double *wr, const double *wi, Put put) {
+  std::vector<int> from = Order(values->rows, wr, wi);
+  PutValues(values, wr, wi, &from);
+  put(from);
+}
+
 // ---- dispatch ----------------------------------------------------------------
 
 enum class Path { kReal, kRealValued, kComplex, kFailed };
@@ -239,9 +248,9 @@ void Mat_Eig(Matrix *values, Matrix *vectors, Matrix *a) {
   if (hqr2(n, low, igh, h, wr, wi, z, eps, false) != 0)
     return NotConverge(work, "Mat_Eig()", "eig(%s(%dx%d))", a);
   balbak(n, low, igh, scale, n, z);
-  std::vector<int> from = Order(n, wr, wi);
-  PutValues(values, wr, wi, &from);
-  PutRealVectors(vectors, from, z, wi);
+  PutOrdered(values, wr, wi, [&](const std::vector<int> &from) {
+    PutRealVectors(vectors, from, z, wi);
+  });
 }
 
 void Mat_EigVal(Matrix *values, Matrix *a) {
@@ -282,9 +291,9 @@ void C_Mat_Eig(Matrix *values, Matrix *vectors, Matrix *a) {
   if (comqr2(n, low, igh, ortr, orti, hr, hi, wr, wi, zr, zi, eps, false) != 0)
     return NotConverge(work, "C_Mat_Eig()", "eig(%s(%dx%d))", a);
   cbabk2(n, low, igh, scale, n, zr, zi);
-  std::vector<int> from = Order(n, wr, wi);
-  PutValues(values, wr, wi, &from);
-  PutComplexVectors(vectors, from, zr, zi);
+  PutOrdered(values, wr, wi, [&](const std::vector<int> &from) {
+    PutComplexVectors(vectors, from, zr, zi);
+  });
 }
 
 void C_Mat_EigVal(Matrix *values, Matrix *a) {
@@ -325,9 +334,9 @@ void C_Mat_HermitEig(Matrix *values, Matrix *vectors, Matrix *a) {
   if (tql2(n, d, e, zr, eps) != 0)
     return NotConverge(work, "C_Mat_HermitEig()", "heig(%s(%dx%d))", a);
   htribk(n, ar, ai, tau, n, zr, zi);
-  std::vector<int> from = Order(n, d, nullptr);
-  PutValues(values, d, nullptr, &from);
-  PutComplexVectors(vectors, from, zr, zi);
+  PutOrdered(values, d, nullptr, [&](const std::vector<int> &from) {
+    PutComplexVectors(vectors, from, zr, zi);
+  });
 }
 
 // ---- fronts --------------------------------------------------------------------------
