@@ -1,5 +1,6 @@
-// Eigenvalue kernels on raw arrays: ports of the published EISPACK procedures,
-// each under its published name with its published variable names.
+// Internal to the library (the eigen fronts of matrix/eigen.h and the layers
+// below them): eigenvalue kernels on raw arrays, ports of the published EISPACK
+// procedures, each under its published name with its published variables.
 //
 // Layout: an n x n matrix to be reduced (a, h, ar, ai, hr, hi) is stored row by
 // row, a matrix of eigenvectors or transformations (z, zr, zi) column by
