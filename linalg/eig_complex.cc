@@ -252,7 +252,9 @@ void ComplexQr::Shift(int en, int its, double &sr, double &si) const {
   ByRows hr = hr_, hi = hi_;
   int enm1 = en - 1;
   if (its != 0 && its % 10 == 0) {
-    sr = std::fabs(hr(en, enm1)) + std::fabs(hr(enm1, en - 2));
+    // The published text reads hr(enm1, en - 2) even for en = 2, where no
+    // such element exists; there the term is left out.
+    sr = std::fabs(hr(en, enm1)) + (en > 2 ? std::fabs(hr(enm1, en - 2)) : 0.0);
     si = 0.0;
     return;
   }

@@ -398,6 +398,7 @@ TEST_F(EigenDeathTest, FrontsReportTheirExpression) {
   Matrix *n = Make("N", kReal, 4, 4, v);
   v[0] = {1, 1};
   Matrix *cn = Make("C", kComplex, 4, 4, v);
+  Matrix *c2 = Make("D", kComplex, 2, 2, {{1, 1}, NAN, 2, 1});
   Matrix *d1, *d2;
   ExpectReports({
       {[=] { MatEigVal(e); }, "eigval(E(0x0)) : Zero-size matrix in MatEigVal()."},
@@ -421,6 +422,9 @@ TEST_F(EigenDeathTest, FrontsReportTheirExpression) {
        "schur(C(4x4)) : Solution will not converge in C_Mat_Schur()."},
       {[&] { MatHermitEig(cn, &d1, &d2); },
        "heig(C(4x4)) : Solution will not converge in C_Mat_HermitEig()."},
+      // A 2 x 2 block reaches the exceptional shifts too.
+      {[=] { MatEigVal(c2); }, "eigval(D(2x2)) : Solution will not converge in C_Mat_EigVal()."},
+      {[=] { MatEigVec(c2); }, "eig(D(2x2)) : Solution will not converge in C_Mat_Eig()."},
   });
 }
 
