@@ -42,6 +42,15 @@ struct Vec {
   double *Base() const { return p - 1; }  // Base()[i] is (i)
 };
 
+// sqrt(a^2 + b^2) without overflow or destructive underflow, the task of the
+// EISPACK function pythag (here by scaling with the larger magnitude).
+inline double Pythag(double a, double b) {
+  double p = std::fmax(std::fabs(a), std::fabs(b));
+  if (p == 0.0 || std::isinf(p)) return p;
+  double q = std::fmin(std::fabs(a), std::fabs(b)) / p;
+  return p * std::sqrt(1.0 + q * q);
+}
+
 // The sum of x[i] y[i] for i = lo .. hi, in eight interleaved partial sums so
 // that the additions pipeline and vectorise. The published loops sum in one
 // order; this one differs from them by rounding only.

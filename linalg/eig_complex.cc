@@ -47,7 +47,7 @@ void cdiv(double ar, double ai, double br, double bi, double *cr, double *ci) {
 // The principal square root, after the EISPACK procedure csroot.
 void csroot(double xr, double xi, double *yr, double *yi) {
   double tr = xr, ti = xi;
-  double s = std::sqrt(0.5 * (std::hypot(tr, ti) + std::fabs(tr)));
+  double s = std::sqrt(0.5 * (Pythag(tr, ti) + std::fabs(tr)));
   double r = 0.0, i = 0.0;
   if (tr >= 0.0) r = s;
   if (ti < 0.0) s = -s;
@@ -62,7 +62,7 @@ void csroot(double xr, double xi, double *yr, double *yi) {
 
 // Unitary reduction to Hessenberg form, after the Algol procedure corth
 // (orthes for complex matrices).
-void corth(int n, int low, int igh, double *ar_p, double *ai_p, double *ortr_p, double *orti_p) {
+VELK_VECTOR_CLONES void corth(int n, int low, int igh, double *ar_p, double *ai_p, double *ortr_p, double *orti_p) {
   ByRows ar{ar_p, n}, ai{ai_p, n};
   Vec ortr{ortr_p}, orti{orti_p};
   std::vector<double> work(2 * (n + 1));
@@ -80,7 +80,7 @@ void corth(int n, int low, int igh, double *ar_p, double *ai_p, double *ortr_p, 
       orti(i) = ai(i, m - 1) / scale;
       h += ortr(i) * ortr(i) + orti(i) * orti(i);
     }
-    double g = std::sqrt(h), f = std::hypot(ortr(m), orti(m));
+    double g = std::sqrt(h), f = Pythag(ortr(m), orti(m));
     if (f != 0.0) {
       h += f * g;
       g /= f;
@@ -114,14 +114,10 @@ void corth(int n, int low, int igh, double *ar_p, double *ai_p, double *ortr_p, 
     }
     // Form (I - u u* / h) a (I - u u* / h).
     for (int i = 1; i <= igh; i++) {
-      double *xr = ar.Row(i), *xi = ai.Row(i), sr = 0.0, si = 0.0;
-      for (int jj = m; jj <= igh; jj++) {
-        int j = mp - jj;
-        sr += ortr(j) * xr[j] - orti(j) * xi[j];
-        si += ortr(j) * xi[j] + orti(j) * xr[j];
-      }
-      sr /= h;
-      si /= h;
+      double *xr = ar.Row(i), *xi = ai.Row(i);
+      const double *ur = ortr.Base(), *ui = orti.Base();
+      double sr = (Dot(ur, xr, m, igh) - Dot(ui, xi, m, igh)) / h;
+      double si = (Dot(ur, xi, m, igh) + Dot(ui, xr, m, igh)) / h;
       for (int j = m; j <= igh; j++) {
         xr[j] += -sr * ortr(j) - si * orti(j);
         xi[j] += sr * orti(j) - si * ortr(j);
@@ -134,7 +130,7 @@ void corth(int n, int low, int igh, double *ar_p, double *ai_p, double *ortr_p, 
   }
 }
 
-void corth_accumulate(int n, int low, int igh, const double *hr_p, const double *hi_p,
+VELK_VECTOR_CLONES void corth_accumulate(int n, int low, int igh, const double *hr_p, const double *hi_p,
                       double *ortr_p, double *orti_p, double *zr_p, double *zi_p) {
   ByRows hr{const_cast<double *>(hr_p), n}, hi{const_cast<double *>(hi_p), n};
   ByCols zr{zr_p, n}, zi{zi_p, n};
@@ -153,13 +149,10 @@ void corth_accumulate(int n, int low, int igh, const double *hr_p, const double 
       orti(k) = hi(k, i - 1);
     }
     for (int j = i; j <= igh; j++) {
-      double *xr = zr.Col(j), *xi = zi.Col(j), sr = 0.0, si = 0.0;
-      for (int k = i; k <= igh; k++) {
-        sr += ortr(k) * xr[k] + orti(k) * xi[k];
-        si += ortr(k) * xi[k] - orti(k) * xr[k];
-      }
-      sr /= norm;
-      si /= norm;
+      double *xr = zr.Col(j), *xi = zi.Col(j);
+      const double *ur = ortr.Base(), *ui = orti.Base();
+      double sr = (Dot(ur, xr, i, igh) + Dot(ui, xi, i, igh)) / norm;
+      double si = (Dot(ur, xi, i, igh) - Dot(ui, xr, i, igh)) / norm;
       for (int k = i; k <= igh; k++) {
         xr[k] += sr * ortr(k) - si * orti(k);
         xi[k] += sr * orti(k) + si * ortr(k);
@@ -209,7 +202,7 @@ void ComplexQr::RealSubdiagonal() {
   for (int i = low_ + 1; i <= igh_; i++) {
     int ll = std::min(i + 1, igh_);
     if (hi(i, i - 1) == 0.0) continue;
-    double norm = std::hypot(hr(i, i - 1), hi(i, i - 1));
+    double norm = Pythag(hr(i, i - 1), hi(i, i - 1));
     double yr = hr(i, i - 1) / norm, yi = hi(i, i - 1) / norm;
     hr(i, i - 1) = norm;
     hi(i, i - 1) = 0.0;
@@ -276,14 +269,14 @@ void ComplexQr::Shift(int en, int its, double &sr, double &si) const {
 // One shifted QR step on the active block l .. en (the shift already taken
 // off the diagonal): reduce to triangle by rows, then the inverse operation
 // by columns.
-void ComplexQr::Step(int l, int en) {
+VELK_VECTOR_CLONES void ComplexQr::Step(int l, int en) {
   ByRows hr = hr_, hi = hi_;
   Vec wr = wr_, wi = wi_;
   int jmax = Full() ? n_ : en;
   for (int i = l + 1; i <= en; i++) {
     double sr = hr(i, i - 1);
     hr(i, i - 1) = 0.0;
-    double norm = std::hypot(std::hypot(hr(i - 1, i - 1), hi(i - 1, i - 1)), sr);
+    double norm = Pythag(Pythag(hr(i - 1, i - 1), hi(i - 1, i - 1)), sr);
     double xr = hr(i - 1, i - 1) / norm, xi = hi(i - 1, i - 1) / norm;
     wr(i - 1) = xr;
     wi(i - 1) = xi;
@@ -302,7 +295,7 @@ void ComplexQr::Step(int l, int en) {
   }
   double sr = 0.0, si = hi(en, en);
   if (si != 0.0) {
-    double norm = std::hypot(hr(en, en), si);
+    double norm = Pythag(hr(en, en), si);
     sr = hr(en, en) / norm;
     si /= norm;
     hr(en, en) = norm;
@@ -352,7 +345,7 @@ void ComplexQr::Step(int l, int en) {
   }
 }
 
-int ComplexQr::Run() {
+VELK_VECTOR_CLONES int ComplexQr::Run() {
   ByRows hr = hr_, hi = hi_;
   RealSubdiagonal();
   // Roots isolated by cbal.
@@ -392,7 +385,7 @@ int ComplexQr::Run() {
 
 // Vectors of the triangular form by back-substitution into the upper
 // triangle of (hr, hi).
-void ComplexQr::BackSubstitute() {
+VELK_VECTOR_CLONES void ComplexQr::BackSubstitute() {
   ByRows hr = hr_, hi = hi_;
   Vec wr = wr_, wi = wi_;
   double norm = 0.0;
@@ -428,7 +421,7 @@ void ComplexQr::BackSubstitute() {
 
 // Vectors of isolated roots, then z times the triangular vectors, gathered
 // column by column as in the real family.
-void ComplexQr::TransformVectors() {
+VELK_VECTOR_CLONES void ComplexQr::TransformVectors() {
   ByRows hr = hr_, hi = hi_;
   ByCols zr = zr_, zi = zi_;
   for (int i = 1; i <= n_; i++) {

@@ -22,7 +22,7 @@ struct Tau {
 
 // Householder reduction of a Hermitian matrix to real symmetric tridiagonal
 // form, after the EISPACK procedure htridi.
-void htridi(int n, double *ar_p, double *ai_p, double *d_p, double *e_p, double *e2_p,
+VELK_VECTOR_CLONES void htridi(int n, double *ar_p, double *ai_p, double *d_p, double *e_p, double *e2_p,
             double *tau_p) {
   ByRows ar{ar_p, n}, ai{ai_p, n};
   Vec d{d_p}, e{e_p}, e2{e2_p};
@@ -51,7 +51,7 @@ void htridi(int n, double *ar_p, double *ai_p, double *d_p, double *e_p, double 
       e2(i) = scale * scale * h;
       double g = std::sqrt(h);
       e(i) = scale * g;
-      double f = std::hypot(ar(i, l), ai(i, l)), si;
+      double f = Pythag(ar(i, l), ai(i, l)), si;
       // Form the next diagonal element of matrix t.
       if (f != 0.0) {
         tau(1, l) = (ai(i, l) * tau(2, i) - ar(i, l) * tau(1, i)) / f;
@@ -112,7 +112,7 @@ void htridi(int n, double *ar_p, double *ai_p, double *d_p, double *e_p, double 
 
 // Eigenvalues and eigenvectors of a symmetric tridiagonal matrix by the
 // implicit QL method, after the Algol procedure tql2.
-int tql2(int n, double *d_p, double *e_p, double *z_p, double machep) {
+VELK_VECTOR_CLONES int tql2(int n, double *d_p, double *e_p, double *z_p, double machep) {
   Vec d{d_p}, e{e_p};
   ByCols z{z_p, n};
   if (n == 1) return 0;
@@ -132,7 +132,7 @@ int tql2(int n, double *d_p, double *e_p, double *z_p, double machep) {
         j++;
         // Form the shift.
         int l1 = l + 1, l2 = l1 + 1;
-        double g = d(l), p = (d(l1) - g) / (2.0 * e(l)), r = std::hypot(p, 1.0);
+        double g = d(l), p = (d(l1) - g) / (2.0 * e(l)), r = Pythag(p, 1.0);
         d(l) = e(l) / (p + std::copysign(r, p));
         d(l1) = e(l) * (p + std::copysign(r, p));
         double dl1 = d(l1), h = g - d(l);
@@ -147,7 +147,7 @@ int tql2(int n, double *d_p, double *e_p, double *z_p, double machep) {
           s2 = s;
           g = c * e(i);
           h = c * p;
-          r = std::hypot(p, e(i));
+          r = Pythag(p, e(i));
           e(i + 1) = s * r;
           s = e(i) / r;
           c = p / r;
@@ -189,7 +189,7 @@ int tql2(int n, double *d_p, double *e_p, double *z_p, double machep) {
 
 // Back-transformation of the eigenvectors of htridi's tridiagonal matrix to
 // those of the Hermitian matrix, after the EISPACK procedure htribk.
-void htribk(int n, const double *ar_p, const double *ai_p, const double *tau_p, int m,
+VELK_VECTOR_CLONES void htribk(int n, const double *ar_p, const double *ai_p, const double *tau_p, int m,
             double *zr_p, double *zi_p) {
   ByRows ar{const_cast<double *>(ar_p), n}, ai{const_cast<double *>(ai_p), n};
   ByCols zr{zr_p, n}, zi{zi_p, n};
