@@ -203,6 +203,24 @@ TEST_F(EigenTest, KnownSpectra) {
   }(), 1e-12));
 }
 
+// Rows and columns that balancing isolates (pushed to the ends and read off
+// the diagonal), with the vectors brought back through the permutations.
+TEST_F(EigenTest, IsolatedEigenvaluesKeepTheirVectors) {
+  for (int cls : {kReal, kComplex}) {
+    Cx i = cls == kComplex ? Cx(0, 1) : Cx(0);
+    // Row 2 and column 4 hold only their diagonal entries; the rest couples.
+    Matrix *a = Square(5, {1, 2.0 + i, 0, 3, 1, 0, 4, 0, 0, 0, 2, 1, -1, 0, 5, 1, 1, 1, -2, 0, 0,
+                           0, 0, 6, 0},
+                       cls);
+    SCOPED_TRACE(cls);
+    ExpectEigen(a, cls == kReal);
+    Matrix *upper = Square(4, {4, 1, 2.0 + i, 3, 0, -1, 5, 6, 0, 0, 7, 8, 0, 0, 0, 2}, cls);
+    ExpectEigen(upper, cls == kReal);
+    EXPECT_TRUE(ValuesAre(MatEigVal(upper), {7, 4, 2, -1}, 1e-14));
+    ExpectEigen(MatTrans(upper), cls == kReal);
+  }
+}
+
 // Matrices on which a QR iteration without exceptional shifts stalls.
 TEST_F(EigenTest, HardCasesConverge) {
   Matrix *hard = Square(5, {0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 0, 1, 1, 0,
