@@ -299,6 +299,24 @@ TEST_F(EigenTest, HermitianPairsDescend) {
   }
 }
 
+TEST_F(EigenTest, HermitianKernelOnKnownSpectra) {
+  // W21+ as a complex matrix: the two nearly equal largest values apart.
+  std::vector<Cx> w(21 * 21);
+  for (int i = 0; i < 21; i++) {
+    w[i * 21 + i] = std::abs(10 - i);
+    if (i > 0) w[i * 21 + i - 1] = w[(i - 1) * 21 + i] = 1;
+  }
+  Matrix *values, *vectors;
+  MatHermitEig(Square(21, w, kComplex), &values, &vectors);
+  EXPECT_NEAR(Get(values, 0, 0).real(), 10.746194182903393, 1e-12);
+  EXPECT_NEAR(Get(values, 1, 0).real(), 10.746194182903322, 1e-12);
+  EXPECT_NEAR(Get(values, 20, 0).real(), -1.125441522119985, 1e-12);
+  // [[2, i], [-i, 2]]: values 3 and 1; only the lower triangle is read.
+  MatHermitEig(Square(2, {2, 99, {0, -1}, 2}, kComplex), &values, &vectors);
+  EXPECT_TRUE(ValuesAre(values, {3, 1}, 1e-14));
+  EXPECT_LE(Residual(Square(2, {2, {0, 1}, {0, -1}, 2}, kComplex), values, vectors), 20.0);
+}
+
 TEST_F(EigenTest, BalanceScalesByPowersOfTwo) {
   Matrix *balanced = Square(3, {1, 2, 3, 3, 1, 2, 2, 3, 1});
   Matrix *d, *b;
@@ -324,6 +342,47 @@ TEST_F(EigenTest, BalanceScalesByPowersOfTwo) {
         EXPECT_EQ(Get(b, i, j), Get(a, i, j) * dj / di);  // exact
       }
     EXPECT_LT(Norm1(b), Norm1(a) / 100);
+  }
+}
+
+// balbak undoes balanc: with Z the back-transformed identity, A Z = Z B for
+// the balanced B (isolation and scaling alike), and cbal/cbabk2 the same.
+TEST_F(EigenTest, BalancingKernelsRoundTrip) {
+  const int n = 5;
+  double a[n * n] = {1e6, 2,   0, 3e-5, 0,   0, 7,   0, 0,    0, 0, 1, -1,
+                     0,   2e-4, 0, 1e4, 2, -2,  1e2, 0, 0, 6e-2, 5e3, 4};
+  double ai[n * n] = {};
+  ai[3] = 1e-5;
+  for (int cls : {kReal, kComplex}) {
+    SCOPED_TRACE(cls);
+    double b[n * n], bi[n * n], scale[n], z[n * n] = {}, zi[n * n] = {};
+    std::copy(a, a + n * n, b);
+    std::copy(ai, ai + n * n, bi);
+    int low, igh;
+    if (cls == kReal)
+      balanc(n, b, true, &low, &igh, scale);
+    else
+      cbal(n, b, bi, true, &low, &igh, scale);
+    EXPECT_TRUE(low == 2 && igh == 4) << low << " " << igh;  // row 2 and column 1 isolated
+    for (int j = 0; j < n; j++) z[j * n + j] = 1;  // by columns
+    if (cls == kReal)
+      balbak(n, low, igh, scale, n, z);
+    else
+      cbabk2(n, low, igh, scale, n, z, zi);
+    double worst = 0, size = 0;
+    for (int i = 0; i < n; i++)
+      for (int j = 0; j < n; j++) {
+        Cx az = 0, zb = 0;
+        for (int k = 0; k < n; k++) {
+          Cx aik(a[i * n + k], cls == kComplex ? ai[i * n + k] : 0.0);
+          Cx bkj(b[k * n + j], cls == kComplex ? bi[k * n + j] : 0.0);
+          az += aik * Cx(z[j * n + k], zi[j * n + k]);
+          zb += Cx(z[k * n + i], zi[k * n + i]) * bkj;
+        }
+        worst = std::max(worst, std::abs(az - zb));
+        size = std::max(size, std::abs(az));
+      }
+    EXPECT_LE(worst, 1e-15 * size);
   }
 }
 
