@@ -182,7 +182,7 @@ class ComplexQr {
  private:
   bool Full() const { return want_ != Want::kValues; }
   void RealSubdiagonal();
-  int FindSmallSubdiagonal(int en) const;
+  int FindSmallSubdiagonal(int en);
   void Shift(int en, int its, double &sr, double &si) const;
   void Step(int l, int en);
 
@@ -226,7 +226,7 @@ void ComplexQr::RealSubdiagonal() {
   }
 }
 
-int ComplexQr::FindSmallSubdiagonal(int en) const {
+int ComplexQr::FindSmallSubdiagonal(int en) {
   ByRows hr = hr_, hi = hi_;
   for (int l = en; l > low_; l--) {
     double tst1 = std::fabs(hr(l - 1, l - 1)) + std::fabs(hi(l - 1, l - 1)) +

@@ -120,7 +120,7 @@ class RealQr {
   void TransformVectors();
 
  private:
-  int FindSmallSubdiagonal(int en) const;
+  int FindSmallSubdiagonal(int en);
   void ExceptionalShift(int en, double &x, double &y, double &w);
   int FindTwoSmallSubdiagonals(int l, int en, double x, double y, double w, double &p, double &q,
                                double &r) const;
@@ -183,7 +183,7 @@ VELK_VECTOR_CLONES int RealQr::Run() {
 // Scanning up from en: the first l whose subdiagonal h(l, l-1) is negligible
 // against its diagonal neighbours (low when none is). A negligible one is set
 // to zero.
-int RealQr::FindSmallSubdiagonal(int en) const {
+int RealQr::FindSmallSubdiagonal(int en) {
   ByRows h = h_;
   for (int l = en; l > low_; l--) {
     double s = std::fabs(h(l - 1, l - 1)) + std::fabs(h(l, l));
