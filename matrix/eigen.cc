@@ -54,13 +54,15 @@ void NotConverge(Work &work, const char *kernel, const char *format, Matrix *a) 
 
 // ---- layouts -----------------------------------------------------------------
 
-// The parts of a complex a, each row by row.
-void Split(Matrix *a, double *re, double *im) {
+// The parts of a complex a in two new work arrays, each row by row.
+std::pair<double *, double *> Parts(Work &work, Matrix *a) {
+  double *re = work.Take(MatCount(a)), *im = work.Take(MatCount(a));
   const Complexd *e = Entries<Complexd>(a);
   for (long long k = 0; k < MatCount(a); k++) {
     re[k] = e[k].real();
     im[k] = e[k].imag();
   }
+  return {re, im};
 }
 
 // Row-by-row parts into the complex c; with below, only the entries on or
@@ -281,11 +283,10 @@ void Mat_Schur(Matrix *t, Matrix *u, Matrix *a) {
 void C_Mat_Eig(Matrix *values, Matrix *vectors, Matrix *a) {
   int n = a->rows, low, igh;
   Work work;
-  double *hr = work.Take(Square(n)), *hi = work.Take(Square(n));
+  auto [hr, hi] = Parts(work, a);
   double *zr = work.Take(Square(n)), *zi = work.Take(Square(n));
   double *wr = work.Take(n), *wi = work.Take(n), *scale = work.Take(n);
   double *ortr = work.Take(n), *orti = work.Take(n);
-  Split(a, hr, hi);
   cbal(n, hr, hi, true, &low, &igh, scale);
   corth(n, low, igh, hr, hi, ortr, orti);
   if (comqr2(n, low, igh, ortr, orti, hr, hi, wr, wi, zr, zi, eps, false) != 0)
@@ -299,9 +300,8 @@ void C_Mat_Eig(Matrix *values, Matrix *vectors, Matrix *a) {
 void C_Mat_EigVal(Matrix *values, Matrix *a) {
   int n = a->rows;
   Work work;
-  double *hr = work.Take(Square(n)), *hi = work.Take(Square(n));
+  auto [hr, hi] = Parts(work, a);
   double *wr = work.Take(n), *wi = work.Take(n);
-  Split(a, hr, hi);
   if (ComplexEigenvalues(n, hr, hi, wr, wi, eps) != 0)
     return NotConverge(work, "C_Mat_EigVal()", "eigval(%s(%dx%d))", a);
   PutValues(values, wr, wi);
@@ -310,10 +310,9 @@ void C_Mat_EigVal(Matrix *values, Matrix *a) {
 void C_Mat_Schur(Matrix *t, Matrix *u, Matrix *a) {
   int n = a->rows;
   Work work;
-  double *hr = work.Take(Square(n)), *hi = work.Take(Square(n));
+  auto [hr, hi] = Parts(work, a);
   double *zr = work.Take(Square(n)), *zi = work.Take(Square(n));
   double *wr = work.Take(n), *wi = work.Take(n), *ortr = work.Take(n), *orti = work.Take(n);
-  Split(a, hr, hi);
   corth(n, 1, n, hr, hi, ortr, orti);
   if (comqr2(n, 1, n, ortr, orti, hr, hi, wr, wi, zr, zi, eps, true) != 0)
     return NotConverge(work, "C_Mat_Schur()", "schur(%s(%dx%d))", a);
@@ -324,10 +323,9 @@ void C_Mat_Schur(Matrix *t, Matrix *u, Matrix *a) {
 void C_Mat_HermitEig(Matrix *values, Matrix *vectors, Matrix *a) {
   int n = a->rows;
   Work work;
-  double *ar = work.Take(Square(n)), *ai = work.Take(Square(n));
+  auto [ar, ai] = Parts(work, a);
   double *zr = work.Take(Square(n)), *zi = work.Take(Square(n));
   double *d = work.Take(n), *e = work.Take(n), *e2 = work.Take(n), *tau = work.Take(2 * n);
-  Split(a, ar, ai);
   htridi(n, ar, ai, d, e, e2, tau);
   std::fill(zr, zr + Square(n), 0.0);
   for (int j = 0; j < n; j++) zr[At(j, j, n)] = 1.0;
@@ -411,8 +409,7 @@ void MatBalance(Matrix *a, Matrix **d, Matrix **b) {
     Work work;
     double *scale = work.Take(n);
     if (path == Path::kComplex) {
-      double *ar = work.Take(Square(n)), *ai = work.Take(Square(n));
-      Split(m, ar, ai);
+      auto [ar, ai] = Parts(work, m);
       cbal(n, ar, ai, false, &low, &igh, scale);
       rb = C_MatDef("", n, n);
       Merge(rb, ar, ai, n);
@@ -432,10 +429,9 @@ void MatHessenberg(Matrix *a, Matrix **h, Matrix **p) {
     int n = m->rows;
     Work work;
     if (path == Path::kComplex) {
-      double *ar = work.Take(Square(n)), *ai = work.Take(Square(n));
+      auto [ar, ai] = Parts(work, m);
       double *zr = work.Take(Square(n)), *zi = work.Take(Square(n));
       double *ortr = work.Take(n), *orti = work.Take(n);
-      Split(m, ar, ai);
       corth(n, 1, n, ar, ai, ortr, orti);
       corth_accumulate(n, 1, n, ar, ai, ortr, orti, zr, zi);
       rh = C_MatDef("", n, n);
