@@ -236,9 +236,10 @@ TEST_F(EigenTest, HardCasesConverge) {
   ExpectEigen(shifted, false);
   EXPECT_TRUE(SpectrumIs(MatEigVal(shifted),
                          {{g, 1e-3}, {0, 1.001}, {0, 1e-3}, {0, -0.999}, {1 - g, 1e-3}}, 1e-12));
-  // A zero matrix and a Jordan block (defective: the vectors are parallel).
+  // A zero matrix and a Jordan block (defective: the vectors are parallel, the
+  // values move by about the cube root of the rounding).
   ExpectEigen(Square(3, std::vector<Cx>(9)));
-  EXPECT_TRUE(ValuesAre(MatEigVal(Square(3, {2, 1, 0, 0, 2, 1, 0, 0, 2})), {2, 2, 2}, 1e-5));
+  EXPECT_TRUE(ValuesAre(MatEigVal(Square(3, {2, 1, 0, 0, 2, 1, 0, 0, 2})), {2, 2, 2}, 1e-4));
 }
 
 TEST_F(EigenTest, OrdersAndShapes) {
