@@ -4,8 +4,10 @@
 #include <random>
 
 #include "linalg/fft.h"
+#include "matrix/block.h"
 #include "matrix/fourier.h"
 #include "matrix/operations.h"
+#include "matrix/rearrange.h"
 #include "tests/matrix/scenario.h"
 
 namespace {
@@ -198,6 +200,34 @@ TEST_F(Scenario, FftPadsTruncatesAndTakesAWholeColumn) {
   EXPECT_TRUE(Holds(MatIFFT(MatRealToComp(w), 1, 0), kComplex, 2, 1, {4, 7}));
   EXPECT_TRUE(Holds(MatFFT(w, 1, 1), kComplex, 1, 3, {4, 5, 6}));
   EXPECT_TRUE(Holds(MatFFT(w, 0, 0), kComplex, 2, 0, {}));
+}
+
+// The real kernel's packed rows unpacked all at once with the structural
+// operations: transpose, reshape to n/2 x 2R, real and imaginary blocks,
+// conjugate into columns 1 .. n/2, the real Nyquist and zero-frequency terms,
+// and the mirrored upper half from the flip. MatFFT gives the very same values.
+TEST_F(Scenario, RealTransformIsThePackedKernelUnpacked) {
+  std::mt19937 gen(9);
+  for (int n : {2, 4, 8, 64}) {
+    const int rows = 3;
+    Matrix *in = Random(gen, "A", kReal, rows, n), *packed = MatDup(in);
+    for (int r = 0; r < rows; r++) velk_linalg::FftRealPacked(MatReal(packed) + r * n, n);
+    Matrix *split = MatReshape(MatTrans(packed), n / 2, 2 * rows);
+    Matrix *u = MatTrans(MatRealAndImag(MatCut(split, 1, 1, n / 2, rows),
+                                        MatCut(split, 1, rows + 1, n / 2, 2 * rows)));
+    Matrix *x = C_MatZDef2(rows, n);
+    MatAreaCopy(x, 1, 1, MatConj(u), 1, 1, rows, n / 2);
+    for (int r = 1; r <= rows; r++) {
+      C_MatGetPtr(x, r, n / 2 + 1)->re = -C_MatGetPtr(x, r, 1)->im;
+      C_MatGetPtr(x, r, n / 2 + 1)->im = 0;
+      C_MatGetPtr(x, r, 1)->im = 0;
+    }
+    // X(n - k) = F(k), k = n/2 - 1 .. 1: columns n/2 .. 2 of u, 1 .. n/2 - 1 of its flip.
+    MatAreaCopy(x, 1, n / 2 + 2, MatFlipLR(u), 1, 1, rows, n / 2 - 1);
+    Matrix *f = MatFFT(in, n, 0);
+    for (long long k = 0; k < MatCount(f); k++) ASSERT_EQ(ValueAt(f, k), ValueAt(x, k)) << n << " " << k;
+    MatSweepAll();
+  }
 }
 
 using FftDeathTest = Scenario;
