@@ -1,13 +1,14 @@
 // MatExp at 300 x 300 (uniform entries in [0, 1), Frobenius norm about 173:
 // eight squarings) beside one MatMul of the same size, whose cost it is made
 // of: the Taylor terms and the squarings are products.
+#include "matrix/expm.h"
+
 #include <benchmark/benchmark.h>
 
 #include <random>
 
 #include "core/matrix.h"
 #include "core/registry.h"
-#include "matrix/expm.h"
 #include "matrix/operations.h"
 
 namespace {

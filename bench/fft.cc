@@ -28,7 +28,8 @@ Matrix *RandomMatrix(int rows, int cols, int cls) {
 }
 
 void Report(benchmark::State &state, int rows, int n) {
-  state.counters["rows/s"] = benchmark::Counter(rows, benchmark::Counter::kIsIterationInvariantRate);
+  state.counters["rows/s"] =
+      benchmark::Counter(rows, benchmark::Counter::kIsIterationInvariantRate);
   state.SetLabel(std::to_string(rows) + " x " + std::to_string(n));
 }
 
@@ -116,10 +117,17 @@ void BM_FFTW(benchmark::State &state) {
   Report(state, rows, n);
   MatUndef(a);
 }
-BENCHMARK(BM_FFTW)->Args({16, 65536, kComplex})->Args({64, 4096, kReal})->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_FFTW)
+    ->Args({16, 65536, kComplex})
+    ->Args({64, 4096, kReal})
+    ->Unit(benchmark::kMillisecond);
 #endif
 
-BENCHMARK(BM_MatFFT)->Args({16, 65536, kComplex})->Args({64, 4096, kReal})->Args({64, 4096, kComplex})->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MatFFT)
+    ->Args({16, 65536, kComplex})
+    ->Args({64, 4096, kReal})
+    ->Args({64, 4096, kComplex})
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Textbook)->Args({16, 65536})->Unit(benchmark::kMillisecond);
 
 }  // namespace

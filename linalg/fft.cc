@@ -107,7 +107,8 @@ template <bool Inverse>
 inline void Stage(double *x, int len, int s, const double *table) {
   const double *w = StageTwiddles(table, s);
   for (int g = 0; g < len; g += 2 * s)
-    for (int k = 0; k < s; k += 2) Butterfly<Inverse>(x + 2 * (g + k), x + 2 * (g + k + s), w + 2 * k);
+    for (int k = 0; k < s; k += 2)
+      Butterfly<Inverse>(x + 2 * (g + k), x + 2 * (g + k + s), w + 2 * k);
 }
 
 // The stages of spans s and 2 s (s >= 2) in one pass: each group of four
@@ -157,7 +158,8 @@ constexpr int kBlock = 1024;
 template <bool Inverse>
 inline void Butterflies(double *x, int n, const double *table) {
   int block = n < kBlock ? n : kBlock;
-  for (int b = 0; b < n; b += block) Stages<Inverse>(x + 2 * static_cast<long long>(b), block, 1, table);
+  for (int b = 0; b < n; b += block)
+    Stages<Inverse>(x + 2 * static_cast<long long>(b), block, 1, table);
   if (block < n) Stages<Inverse>(x, n, block, table);
 }
 

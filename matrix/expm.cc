@@ -30,8 +30,8 @@ void SquareProduct(int n, const T *a, const T *b, T *c) {
 
 template <class T>
 Matrix *ExpLocal(const char *location, Matrix *e, Matrix *a) {
-  int stopped = velk_linalg::ExpTaylor<T>(a->rows, Entries<T>(a), Entries<T>(e), SquareProduct<T>,
-                                          eps);
+  int stopped =
+      velk_linalg::ExpTaylor<T>(a->rows, Entries<T>(a), Entries<T>(e), SquareProduct<T>, eps);
   // Stopping at the 100th iteration counts as failure too.
   if (stopped > 99) {
     Label1("exp(%s(%dx%d))", a);

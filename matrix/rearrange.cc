@@ -33,8 +33,8 @@ Matrix *MatFlipLR(Matrix *a) {
 Matrix *MatAreaCopy(Matrix *dst, int i, int j, Matrix *src, int r1, int c1, int r2, int c2) {
   int rows = r2 - r1 + 1, cols = c2 - c1 + 1;
   Front f{"MatAreaCopy()", [=] {
-            MatSetMessage("%s(%d:%d,%d:%d) = %s(%dx%d)(%d:%d,%d:%d)", dst->name, i, i + rows - 1,
-                          j, j + cols - 1, src->name, src->rows, src->cols, r1, r2, c1, c2);
+            MatSetMessage("%s(%d:%d,%d:%d) = %s(%dx%d)(%d:%d,%d:%d)", dst->name, i, i + rows - 1, j,
+                          j + cols - 1, src->name, src->rows, src->cols, r1, r2, c1, c2);
           }};
   if (!IsValidClass(dst->cls) || !IsValidClass(src->cls)) return f.BadClass(dst, src);
   if (r1 < 1 || c1 < 1 || rows < 0 || cols < 0 || r2 > src->rows || c2 > src->cols)

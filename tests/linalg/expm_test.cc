@@ -1,9 +1,10 @@
 // The matrix exponential: known results, identities, the scaling rule and the
 // reports.
+#include "linalg/expm.h"
+
 #include <cmath>
 #include <random>
 
-#include "linalg/expm.h"
 #include "matrix/expm.h"
 #include "matrix/operations.h"
 #include "tests/matrix/scenario.h"
@@ -49,11 +50,12 @@ TEST_F(Scenario, ExpOfKnownMatrices) {
   // Complex diagonals and a complex rotation generator.
   Matrix *d = Make("D", kComplex, 2, 2, {Cx(0, M_PI), 0, 0, Cx(1, -0.5)});
   EXPECT_LT(Distance(MatExp(d), {-1, 0, 0, std::exp(Cx(1, -0.5))}), 2e-15);
-  Matrix *ci = Make("C", kComplex, 2, 2, {0, Cx(0, 1), Cx(0, 1), 0});  // exp = [cos i sin; i sin cos]
+  Matrix *ci =
+      Make("C", kComplex, 2, 2, {0, Cx(0, 1), Cx(0, 1), 0});  // exp = [cos i sin; i sin cos]
   EXPECT_LT(Distance(MatExp(ci), {c, Cx(0, s), Cx(0, s), c}), 4e-16);
   // Entries whose squares overflow: 665 squarings take exp(-1e200) to 0.
-  EXPECT_TRUE(Holds(MatExp(Make("B", kReal, 2, 2, {-1e200, 0, 0, -3e200})), kReal, 2, 2,
-                    {0, 0, 0, 0}));
+  EXPECT_TRUE(
+      Holds(MatExp(Make("B", kReal, 2, 2, {-1e200, 0, 0, -3e200})), kReal, 2, 2, {0, 0, 0, 0}));
 }
 
 TEST_F(Scenario, ExpInverseAndScaling) {

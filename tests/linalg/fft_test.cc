@@ -1,9 +1,10 @@
 // Fourier transforms against a plain long-double DFT, with the known results,
 // identities, shapes and reports of the fronts.
+#include "linalg/fft.h"
+
 #include <cmath>
 #include <random>
 
-#include "linalg/fft.h"
 #include "matrix/block.h"
 #include "matrix/fourier.h"
 #include "matrix/operations.h"
@@ -52,7 +53,9 @@ double RelativeError(const Sequence &got, const Sequence &want) {
 }
 
 // The forward error a radix-2 transform of length n stays within.
-double Tolerance(long n) { return 10 * std::max(1.0, std::log2(static_cast<double>(n))) * 2.22e-16; }
+double Tolerance(long n) {
+  return 10 * std::max(1.0, std::log2(static_cast<double>(n))) * 2.22e-16;
+}
 
 // Row i (or column, in column mode) of m as a sequence.
 Sequence Line(Matrix *m, int i, bool column) {
@@ -81,10 +84,10 @@ TEST_F(Scenario, FftOfUnitVectorsAndTheRawConventions) {
   Matrix *e1 = Make("e1", kReal, 1, 4, {1, 0, 0, 0}), *e2 = Make("e2", kReal, 1, 4, {0, 1, 0, 0});
   EXPECT_TRUE(Holds(MatFFT(e1, 4, 0), kComplex, 1, 4, {1, 1, 1, 1}));
   EXPECT_TRUE(Holds(MatFFT(e2, 4, 0), kComplex, 1, 4, {1, Cx(0, -1), -1, Cx(0, 1)}, 1e-15));
-  EXPECT_TRUE(Holds(MatFFT(MatRealToComp(e2), 4, 0), kComplex, 1, 4, {1, Cx(0, -1), -1, Cx(0, 1)},
-                    1e-15));
-  EXPECT_TRUE(Holds(MatIFFT(e2, 4, 0), kComplex, 1, 4, {0.25, Cx(0, 0.25), -0.25, Cx(0, -0.25)},
-                    1e-16));
+  EXPECT_TRUE(
+      Holds(MatFFT(MatRealToComp(e2), 4, 0), kComplex, 1, 4, {1, Cx(0, -1), -1, Cx(0, 1)}, 1e-15));
+  EXPECT_TRUE(
+      Holds(MatIFFT(e2, 4, 0), kComplex, 1, 4, {0.25, Cx(0, 0.25), -0.25, Cx(0, -0.25)}, 1e-16));
 
   // The raw kernel has the exp(+sign) kernel and no scaling; the real one
   // packs Re F(0), Re F(n/2), then F(1) .. F(n/2 - 1) of the exp(+) transform.
@@ -225,7 +228,8 @@ TEST_F(Scenario, RealTransformIsThePackedKernelUnpacked) {
     // X(n - k) = F(k), k = n/2 - 1 .. 1: columns n/2 .. 2 of u, 1 .. n/2 - 1 of its flip.
     MatAreaCopy(x, 1, n / 2 + 2, MatFlipLR(u), 1, 1, rows, n / 2 - 1);
     Matrix *f = MatFFT(in, n, 0);
-    for (long long k = 0; k < MatCount(f); k++) ASSERT_EQ(ValueAt(f, k), ValueAt(x, k)) << n << " " << k;
+    for (long long k = 0; k < MatCount(f); k++)
+      ASSERT_EQ(ValueAt(f, k), ValueAt(x, k)) << n << " " << k;
     MatSweepAll();
   }
 }

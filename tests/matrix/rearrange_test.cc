@@ -24,8 +24,8 @@ TEST_F(Scenario, AreaCopyWritesInPlaceWithoutGrowing) {
   EXPECT_EQ(MatAreaCopy(d, 2, 2, s, 1, 2, 2, 3), d);  // S(1:2, 2:3), real into complex
   EXPECT_TRUE(Holds(d, kComplex, 3, 3, {0, 0, 0, 0, 2, 3, 0, 5, 6}));
   // An empty block copies nothing, even at the edge.
-  EXPECT_TRUE(Holds(MatAreaCopy(d, 1, 4, s, 1, 2, 2, 1), kComplex, 3, 3,
-                    {0, 0, 0, 0, 2, 3, 0, 5, 6}));
+  EXPECT_TRUE(
+      Holds(MatAreaCopy(d, 1, 4, s, 1, 2, 2, 1), kComplex, 3, 3, {0, 0, 0, 0, 2, 3, 0, 5, 6}));
   // Overlapping areas of one matrix: the values read are the old ones.
   Matrix *a = Make("A", kReal, 2, 4, {1, 2, 3, 4, 5, 6, 7, 8});
   MatAreaCopy(a, 1, 2, a, 1, 1, 2, 3);
@@ -45,7 +45,8 @@ TEST_F(RearrangeDeathTest, RearrangeReports) {
       {[=] { MatReshape(a, 4, 2); }, "reshape(A(2x3), 4, 2) : Inconsistent size in MatReshape()."},
       {[=] { MatReshape(a, -2, -3); },
        "reshape(A(2x3), -2, -3) : Inconsistent size in MatReshape()."},
-      {[=] { MatReshape(x, 4, 1); }, "reshape(X(2x2), 4, 1) : Incorrect class matrix in MatReshape()."},
+      {[=] { MatReshape(x, 4, 1); },
+       "reshape(X(2x2), 4, 1) : Incorrect class matrix in MatReshape()."},
       {[=] { MatFlipLR(x); }, "fliplr(X(2x2)) : Incorrect class matrix in MatFlipLR()."},
       {[=] { MatAreaCopy(a, 1, 1, c, 1, 1, 2, 2); },
        "A(1:2,1:2) = C(2x2)(1:2,1:2) : Not appropriate class matrices in MatAreaCopy()."},
