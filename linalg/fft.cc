@@ -291,30 +291,6 @@ __attribute__((target_clones("avx2", "default"), flatten, noinline)) void PowerO
   }
 }
 
-// sum_j x(j) exp(sign 2 pi i j k / n) in long double, the angle of each term
-// taken from a table of the n roots of unity at j k mod n.
-void PlainSum(const double *x, double *out, int n, int sign) {
-  std::vector<long double> root(2 * static_cast<size_t>(n));
-  const long double two_pi = 6.283185307179586476925286766559L;
-  for (int m = 0; m < n; m++) {
-    long double t = two_pi * m / n;
-    root[2 * m] = cosl(t);
-    root[2 * m + 1] = sign * sinl(t);
-  }
-  for (int k = 0; k < n; k++) {
-    long double re = 0, im = 0;
-    long long m = 0;  // j k mod n
-    for (int j = 0; j < n; j++) {
-      re += x[2 * j] * root[2 * m] - x[2 * j + 1] * root[2 * m + 1];
-      im += x[2 * j] * root[2 * m + 1] + x[2 * j + 1] * root[2 * m];
-      m += k;
-      if (m >= n) m -= n;
-    }
-    out[2 * k] = static_cast<double>(re);
-    out[2 * k + 1] = static_cast<double>(im);
-  }
-}
-
 }  // namespace
 
 void FftRaw(double *x, int n, int sign) {
@@ -333,6 +309,46 @@ void FftRealPacked(double *x, int n) {
   SplitReal(x, n, table);
 }
 
+// sum_j x(j) exp(sign 2 pi i j k / n) for any length, by Bluestein's
+// algorithm: with w(m) = exp(sign pi i m^2 / n) and j k = (j^2 + k^2 - (k-j)^2)/2,
+// X(k) = w(k) sum_j x(j) w(j) conj(w(k - j)), a convolution done with
+// power-of-two transforms of length M >= 2n - 1. The angles are reduced
+// exactly (m^2 mod 2n) before the sine and cosine.
+static void Bluestein(const double *x, double *out, int n, int sign) {
+  int m_len = 1;
+  while (m_len < 2LL * n - 1) m_len *= 2;
+  std::vector<double> w(2 * static_cast<size_t>(n)), a(2 * static_cast<size_t>(m_len)),
+      b(2 * static_cast<size_t>(m_len));
+  const double pi = kTwoPi / 2;
+  for (long long m = 0; m < n; m++) {
+    double t = pi * static_cast<double>(m * m % (2LL * n)) / n;
+    w[2 * m] = std::cos(t);
+    w[2 * m + 1] = sign * std::sin(t);
+  }
+  for (long long j = 0; j < n; j++) {
+    a[2 * j] = x[2 * j] * w[2 * j] - x[2 * j + 1] * w[2 * j + 1];
+    a[2 * j + 1] = x[2 * j] * w[2 * j + 1] + x[2 * j + 1] * w[2 * j];
+    long long at[2] = {j, (m_len - j) % m_len};  // b(m) = b(-m) = conj w(m)
+    for (long long p : at) {
+      b[2 * p] = w[2 * j];
+      b[2 * p + 1] = -w[2 * j + 1];
+    }
+  }
+  FftRaw(a.data(), m_len, -1);
+  FftRaw(b.data(), m_len, -1);
+  for (long long k = 0; k < m_len; k++) {
+    double re = a[2 * k] * b[2 * k] - a[2 * k + 1] * b[2 * k + 1];
+    a[2 * k + 1] = a[2 * k] * b[2 * k + 1] + a[2 * k + 1] * b[2 * k];
+    a[2 * k] = re;
+  }
+  FftRaw(a.data(), m_len, 1);
+  for (long long k = 0; k < n; k++) {
+    double cr = a[2 * k] / m_len, ci = a[2 * k + 1] / m_len;
+    out[2 * k] = w[2 * k] * cr - w[2 * k + 1] * ci;
+    out[2 * k + 1] = w[2 * k] * ci + w[2 * k + 1] * cr;
+  }
+}
+
 void FftRows(const double *in, bool in_complex, int rows, int in_cols, double *out, int n,
              bool inverse) {
   if (n == 0 || rows == 0) return;
@@ -347,7 +363,7 @@ void FftRows(const double *in, bool in_complex, int rows, int in_cols, double *o
     RowReader read{in + r * in_stride, in_complex, in_cols};
     for (int j = 0; j < n; j++) read(j, x[2 * j], x[2 * j + 1]);
     double *row = out + 2 * static_cast<long long>(r) * n;
-    PlainSum(x.data(), row, n, inverse ? 1 : -1);
+    Bluestein(x.data(), row, n, inverse ? 1 : -1);
     if (inverse)
       for (long long k = 0; k < 2LL * n; k++) row[k] *= 1.0 / n;
   }

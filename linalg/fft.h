@@ -34,15 +34,10 @@ void FftRealPacked(double *x, int n);
 //   forward  X(k) = sum_j x(j) exp(-2 pi i j k / n),
 //   inverse  x(j) = (1/n) sum_k X(k) exp(+2 pi i j k / n).
 // A length that is not a power of two (the fronts let one through for a single
-// column) is transformed by the plain sum, which is slow but exact.
+// column) is transformed by Bluestein's algorithm over power-of-two lengths.
 // REQUIRES: in and out do not overlap; n >= 0.
 void FftRows(const double *in, bool in_complex, int rows, int in_cols, double *out, int n,
              bool inverse);
-
-// The plain O(n^2) transform of one sequence, with the angles reduced exactly
-// (j k mod n) before the sine and cosine: the reference of the tests, and the
-// road of the lengths that are not powers of two.
-void DftPlain(const double *x, double *out, int n, int sign);
 
 }  // namespace velk_linalg
 

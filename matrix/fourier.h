@@ -14,7 +14,7 @@
 // be 2^n" unless n is a power of two (n = 1 passes). After the checks, a
 // matrix of one column is always done in column mode, and there n = 1 means
 // the whole column: its length is then taken as it is, a power of two or not
-// (other lengths are transformed by the plain sum).
+// (other lengths by Bluestein's algorithm).
 #ifndef VELK_MATRIX_FOURIER_H
 #define VELK_MATRIX_FOURIER_H
 
