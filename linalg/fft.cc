@@ -179,25 +179,50 @@ int Log2(int n) {
   return bits;
 }
 
+// The bit-reversal permutation of the longest length seen: rev(j) over b bits
+// is its entry over B >= b bits shifted right by B - b.
+struct Reversal {
+  const unsigned *table;
+  int shift;
+  unsigned operator()(int j) const { return table[j] >> shift; }
+};
+
+Reversal ReversalOf(int n) {
+  static std::vector<unsigned> table;
+  static int bits = 0;
+  if (static_cast<int>(table.size()) < n) {
+    bits = Log2(n);
+    table.resize(n);
+    for (int j = 0; j < n; j++)
+      table[j] = bits == 0 ? 0 : Reverse32(static_cast<unsigned>(j)) >> (32 - bits);
+  }
+  return {table.data(), bits - Log2(n)};
+}
+
 // out[rev(j)] = x(j) for j < n (n a power of two): the copy into the result
 // row and the permutation in one pass. x(j) is read by load(j, re, im).
 template <class Load>
-inline void CopyReversed(double *out, int n, Load load) {
-  int shift = 32 - Log2(n);
-  if (n == 1) {
-    load(0, out[0], out[1]);
-    return;
-  }
+inline void CopyReversed(double *out, int n, Reversal rev, Load load) {
   for (int j = 0; j < n; j++) {
-    unsigned r = Reverse32(static_cast<unsigned>(j)) >> shift;
+    unsigned r = rev(j);
     load(j, out[2 * r], out[2 * r + 1]);
   }
+}
+
+// The same when every x(j) is the pair src[2j], src[2j + 1].
+inline void CopyPairsReversed(double *out, int n, Reversal rev, const double *src) {
+  for (int j = 0; j < n; j++) std::memcpy(out + 2 * rev(j), src + 2 * j, 2 * sizeof(double));
 }
 
 // ---- the real kernel's post-processing --------------------------------------------
 
 // Separates the transforms of the even and odd reals held as n/2 transformed
 // complex values (angle step pi / (n/2), factors 0.5 and -0.5), in place.
+// Packed, the first n doubles end as Re F(0), Re F(n/2), F(1) .. F(n/2 - 1)
+// (F in the exp(+) convention). Unpacked, the row of n complex values ends as
+// X in the exp(-) convention: X(k) = conj F(k) for k < n/2, X(n - k) = F(k),
+// X(0) and X(n/2) real; the values are the packed ones, moved and negated.
+template <bool Unpack>
 void SplitReal(double *x, int n, const double *table) {
   const double c1 = 0.5, c2 = -0.5;
   const double *w = StageTwiddles(table, n / 2);  // the recurrence of angle 2 pi / n
@@ -206,29 +231,33 @@ void SplitReal(double *x, int n, const double *table) {
     double wr = w[2 * i], wi = w[2 * i + 1];
     double h1r = c1 * (x[i1] + x[i3]), h1i = c1 * (x[i2] - x[i4]);
     double h2r = -c2 * (x[i2] + x[i4]), h2i = c2 * (x[i1] - x[i3]);
-    x[i1] = h1r + wr * h2r - wi * h2i;
-    x[i2] = h1i + wr * h2i + wi * h2r;
-    x[i3] = h1r - wr * h2r + wi * h2i;
-    x[i4] = -h1i + wr * h2i + wi * h2r;
+    double f1r = h1r + wr * h2r - wi * h2i, f1i = h1i + wr * h2i + wi * h2r;
+    double f3r = h1r - wr * h2r + wi * h2i, f3i = -h1i + wr * h2i + wi * h2r;
+    if (Unpack) {
+      x[2 * (n - i)] = f1r;
+      x[2 * (n - i) + 1] = f1i;
+      x[n + i1] = f3r;  // X(n/2 + i) = F(n/2 - i)
+      x[n + i1 + 1] = f3i;
+      f1i = -f1i;
+      f3i = -f3i;
+    }
+    x[i1] = f1r;
+    x[i2] = f1i;
+    x[i3] = f3r;
+    x[i4] = f3i;
   }
   double h1r = x[0];
   x[0] = h1r + x[1];
   x[1] = h1r - x[1];
-}
-
-// The packed result of a row (its first n doubles) spread into n complex
-// values in the exp(-) convention: X(k) = conj F(k) for k <= n/2, and
-// X(n - k) = F(k) for the upper half; X(0) and X(n/2) are real.
-void UnpackReal(double *x, int n) {
-  int h = n / 2;
-  for (int k = 1; k < h; k++) {
-    x[2 * (n - k)] = x[2 * k];
-    x[2 * (n - k) + 1] = x[2 * k + 1];
+  if (!Unpack) return;
+  if (n >= 4) {  // F(n/4) is left as it is by the separation
+    x[3 * n / 2] = x[n / 2];
+    x[3 * n / 2 + 1] = x[n / 2 + 1];
+    x[n / 2 + 1] = -x[n / 2 + 1];
   }
-  x[2 * h] = x[1];
-  x[2 * h + 1] = 0.0;
+  x[n] = x[1];
+  x[n + 1] = 0.0;
   x[1] = 0.0;
-  for (int k = 1; k < h; k++) x[2 * k + 1] = -x[2 * k + 1];
 }
 
 // ---- rows -------------------------------------------------------------------------
@@ -262,23 +291,28 @@ struct RowReader {
 
 __attribute__((target_clones("avx2", "default"), flatten, noinline)) void PowerOfTwoRows(
     const double *in, bool in_complex, int rows, int in_cols, double *out, int n, bool inverse,
-    const double *table) {
+    const double *table, Reversal full, Reversal half) {
   long long in_stride = static_cast<long long>(in_cols) * (in_complex ? 2 : 1);
   for (int r = 0; r < rows; r++) {
     const double *src = in + r * in_stride;
     double *x = out + 2 * static_cast<long long>(r) * n;
     if (!in_complex && !inverse && n >= 2) {
       // The reals in pairs as n/2 complex values, straight into the row's first half.
-      CopyReversed(x, n / 2, [&](int j, double &re, double &im) {
-        re = 2 * j < in_cols ? src[2 * j] : 0.0;
-        im = 2 * j + 1 < in_cols ? src[2 * j + 1] : 0.0;
-      });
+      if (in_cols >= n)
+        CopyPairsReversed(x, n / 2, half, src);
+      else
+        CopyReversed(x, n / 2, half, [&](int j, double &re, double &im) {
+          re = 2 * j < in_cols ? src[2 * j] : 0.0;
+          im = 2 * j + 1 < in_cols ? src[2 * j + 1] : 0.0;
+        });
       Butterflies<false>(x, n / 2, table);
-      SplitReal(x, n, table);
-      UnpackReal(x, n);
+      SplitReal<true>(x, n, table);
       continue;
     }
-    CopyReversed(x, n, RowReader{src, in_complex, in_cols});
+    if (in_complex && in_cols >= n)
+      CopyPairsReversed(x, n, full, src);
+    else
+      CopyReversed(x, n, full, RowReader{src, in_complex, in_cols});
     if (inverse) {
       Butterflies<true>(x, n, table);
       ReverseTail(x, n);
@@ -296,7 +330,7 @@ __attribute__((target_clones("avx2", "default"), flatten, noinline)) void PowerO
 void FftRaw(double *x, int n, int sign) {
   const double *table = Twiddles(n / 2 > 0 ? n / 2 : 1);
   std::vector<double> copy(x, x + 2 * static_cast<size_t>(n));
-  CopyReversed(x, n, RowReader{copy.data(), true, n});
+  CopyPairsReversed(x, n, ReversalOf(n), copy.data());
   if (sign < 0)
     Butterflies<true>(x, n, table);
   else
@@ -306,7 +340,7 @@ void FftRaw(double *x, int n, int sign) {
 void FftRealPacked(double *x, int n) {
   const double *table = Twiddles(n / 2);
   FftRaw(x, n / 2, 1);
-  SplitReal(x, n, table);
+  SplitReal<false>(x, n, table);
 }
 
 // sum_j x(j) exp(sign 2 pi i j k / n) for any length, by Bluestein's
@@ -354,7 +388,8 @@ void FftRows(const double *in, bool in_complex, int rows, int in_cols, double *o
   if (n == 0 || rows == 0) return;
   if (IsPowerOfTwo(n)) {
     const double *table = Twiddles(n / 2 > 0 ? n / 2 : 1);
-    PowerOfTwoRows(in, in_complex, rows, in_cols, out, n, inverse, table);
+    Reversal full = ReversalOf(n), half = ReversalOf(n / 2 > 0 ? n / 2 : 1);
+    PowerOfTwoRows(in, in_complex, rows, in_cols, out, n, inverse, table, full, half);
     return;
   }
   std::vector<double> x(2 * static_cast<size_t>(n));
