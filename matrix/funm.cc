@@ -20,9 +20,14 @@ bool Divide(ComplexValue n, ComplexValue d, ComplexValue *q) {
   return true;
 }
 
+// The expression of every front: "NAME(A(RxC))".
+auto Label(const char *name, Matrix *a) {
+  return [=] { MatSetMessage("%s(%s(%dx%d))", name, a->name, a->rows, a->cols); };
+}
+
 // The checks every front makes, under its own names; false after a report.
 bool Checked(const char *location, const char *class_location, const char *name, Matrix *a) {
-  auto label = [=] { MatSetMessage("%s(%s(%dx%d))", name, a->name, a->rows, a->cols); };
+  auto label = Label(name, a);
   Front f{location, label};
   if (a->rows == 0 || a->cols == 0)
     f.Fail("Zero-size matrix", a);
@@ -50,13 +55,11 @@ Matrix *MatFunc(Matrix *a, Complex *(*f)(Complex *), const char *name) {
     long long k = static_cast<long long>(i) * n + i;
     Complex *z = CompDef("", tv[k].re, tv[k].im), *w = f(z);
     fv[k] = {w->re, w->im};
-    CompUndef(w);
+    if (w != z) CompUndef(w);  // a function that answers in place gives z back
     CompUndef(z);
   }
-  if (!velk_linalg::ParlettRecurrence(n, tv, fv, eps, Divide)) {
-    MatSetMessage("%s(%s(%dx%d))", name, a->name, a->rows, a->cols);
-    MatError("MatFunc()", "Matrix has multiple eigenvalues", a);
-  }
+  if (!velk_linalg::ParlettRecurrence(n, tv, fv, eps, Divide))
+    Front{"MatFunc()", Label(name, a)}.Fail("Matrix has multiple eigenvalues", a);
   Matrix *uf = MatMul(u, fm), *uh = MatConjTrans(u);
   Matrix *result = MatMul(uf, uh);
   for (Matrix *m : {uh, uf, fm, u, t}) MatUndef(m);

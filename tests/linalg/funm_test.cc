@@ -60,6 +60,8 @@ TEST_F(Scenario, SquareRootsAndLogarithmsOfKnownMatrices) {
   std::mt19937 gen(1);
   Matrix *b = NearScalar(gen, kComplex, 6, 0);
   EXPECT_LT(Gap(MatFunc(b, CompExp, "exp"), MatExp(b)), 1e-13);
+  // A function that answers in its argument is taken as well.
+  EXPECT_LT(Gap(MatFunc(b, CompExpSelf, "exp"), MatExp(b)), 1e-13);
 }
 
 TEST_F(Scenario, SquareRootSquaredAndExpOfLogGiveBackTheMatrix) {
