@@ -6,6 +6,8 @@
 #include "core/alloc.h"
 #include "core/registry.h"
 #include "core/scope.h"
+#include "core/text.h"
+#include "scalar/poly_coef.h"
 
 char PolyMessageBuffer[kMessageSize];
 
@@ -30,7 +32,22 @@ void Describe(FILE *out, const void *object, bool second) {
     fprintf(out, "%s '(%s^%d)'", word, VariableOf(p), p->degree);
 }
 
-const ReportKind kReport = {PolyMessageBuffer, Describe, "Can't open logfile.\n", nullptr, false};
+constexpr char kLogFailure[] = "Can't open logfile.\n";
+
+// A defined operand in its save form after a logged report.
+void LogAppend(const void *object) {
+  Polynomial *p = const_cast<Polynomial *>(static_cast<const Polynomial *>(object));
+  if (p->degree == -1) return;
+  FILE *log = fopen("Velk.log", "a");
+  if (log == nullptr) {
+    fputs(kLogFailure, stderr);
+    return;
+  }
+  PolySaveText(log, p, 1);
+  fclose(log);
+}
+
+const ReportKind kReport = {PolyMessageBuffer, Describe, kLogFailure, LogAppend, false};
 
 Matrix *ZeroCoefficients(int degree, int kind) {
   Matrix *m = MatDefClass("", 1, degree + 1, kind == 1 ? kComplex : kReal, "MatDef()");
@@ -176,6 +193,11 @@ Polynomial *PolySwap(Polynomial *a, Polynomial *b) {
 }
 
 
+void PolyPrintAll() {
+  if (!reg.Ready()) return;
+  for (Polynomial *p = reg.head->next; p != nullptr; p = p->next) PolyPrint(p);
+}
+
 int PolyPoolCount(int degree, int kind) {
   int slot = Slot(degree, kind);
   return reg.Ready() && slot >= 0 ? reg.pool_count[slot] : 0;
@@ -194,6 +216,11 @@ void *DupElement(void *e) { return PolyOwn(PolyDup(static_cast<Polynomial *>(e))
 void ReleaseElement(void *e) { PolyRelease(static_cast<Polynomial *>(e)); }
 [[maybe_unused]] const bool elements_lent =
     MatSetElementKind(ClassKind(kPoly), {MakeElement, DupElement, ReleaseElement});
+// Matrices of polynomials are saved and listed with the polynomial texts.
+[[maybe_unused]] const bool text_lent = [] {
+  MatSetPolyText({velk_poly::ElementText, velk_poly::MatrixPrintBody});
+  return true;
+}();
 }  // namespace
 
 VELK_REGISTER_KIND(ObjectKind::kPolynomial, Poly, Polynomial, PolyDef("", -1, nullptr))
