@@ -6,6 +6,8 @@
 #include "scalar/complex_value.h"
 #include "scalar/polynomial.h"
 
+struct Rational;
+
 namespace velk_poly {
 
 inline bool IsComplex(const Polynomial *p) { return p->kind == 1; }
@@ -48,6 +50,8 @@ inline void Drop(Polynomial *p) {
 // The polynomial parts of matrix save forms and listings (core/text.h).
 char *ElementText(Polynomial *p, int indent, int width);
 void MatrixPrintBody(Matrix *m);
+void RatElementText(Rational *r, int indent, int width, char **nume, char **deno);
+void RatMatrixPrintBody(Matrix *m);
 
 }  // namespace velk_poly
 

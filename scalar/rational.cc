@@ -5,6 +5,8 @@
 #include "core/alloc.h"
 #include "core/registry.h"
 #include "core/scope.h"
+#include "core/text.h"
+#include "scalar/poly_coef.h"
 
 char RatMessageBuffer[kMessageSize];
 
@@ -21,7 +23,22 @@ void Describe(FILE *out, const void *object, bool second) {
     fprintf(out, "%s '(s^%d/s^%d)'", word, r->nume_degree, r->deno_degree);
 }
 
-const ReportKind kReport = {RatMessageBuffer, Describe, "Can't open logfile\n", nullptr, false};
+constexpr char kLogFailure[] = "Can't open logfile\n";
+
+// A defined operand in its save form after a logged report.
+void LogAppend(const void *object) {
+  Rational *r = const_cast<Rational *>(static_cast<const Rational *>(object));
+  if (r->nume == nullptr || r->nume->degree == -1 || r->deno->degree == -1) return;
+  FILE *log = fopen("Velk.log", "a");
+  if (log == nullptr) {
+    fputs(kLogFailure, stderr);
+    return;
+  }
+  RatSaveText(log, r, 1);
+  fclose(log);
+}
+
+const ReportKind kReport = {RatMessageBuffer, Describe, kLogFailure, LogAppend, false};
 
 Polynomial *NewPart(int degree, int kind) {
   Polynomial *p = kind == 1 ? C_PolyDef("", degree, nullptr) : PolyDef("", degree, nullptr);
@@ -156,6 +173,11 @@ Rational *RatSwap(Rational *a, Rational *b) {
 }
 
 
+void RatPrintAll() {
+  if (!reg.Ready()) return;
+  for (Rational *r = reg.head->next; r != nullptr; r = r->next) RatPrint(r);
+}
+
 int RatPoolCount() { return reg.Ready() ? reg.pool_count[0] : 0; }
 
 VELK_DEFINE_REGISTRY_ENTRIES(Rat, Rational, reg)
@@ -171,6 +193,11 @@ void *DupElement(void *e) { return RatOwn(RatDup(static_cast<Rational *>(e)), kO
 void ReleaseElement(void *e) { RatRelease(static_cast<Rational *>(e)); }
 [[maybe_unused]] const bool elements_lent =
     MatSetElementKind(ClassKind(kRat), {MakeElement, DupElement, ReleaseElement});
+// Matrices of rationals are saved and listed with the rational texts.
+[[maybe_unused]] const bool text_lent = [] {
+  MatSetRatText({velk_poly::RatElementText, velk_poly::RatMatrixPrintBody});
+  return true;
+}();
 }  // namespace
 
 VELK_REGISTER_KIND(ObjectKind::kRational, Rat, Rational, RatDef("", -1, -1))
