@@ -32,6 +32,7 @@
 #include "matrix/fourier.h"
 #include "matrix/funm.h"
 #include "matrix/operations.h"
+#include "matrix/polynomial_matrix.h"
 #include "matrix/rearrange.h"
 #include "container/list.h"
 #include "container/string.h"

@@ -53,24 +53,8 @@ Matrix *Truncate(Matrix *a, int i, int j, Matrix *b) {
   return a;
 }
 
-// The real (or imaginary) coefficients of p as a real polynomial of the same
-// degree and variable.
-Polynomial *CoefficientPart(Polynomial *p, bool imag) {
-  Polynomial *q = PolyDef("", p->degree, p->variable);
-  double *out = MatReal(q->coef);
-  long long n = MatCount(p->coef);
-  for (long long k = 0; k < n; k++) {
-    if (p->kind == 1) {
-      Complexd z = Entries<Complexd>(p->coef)[k];
-      out[k] = imag ? z.imag() : z.real();
-    } else {
-      out[k] = imag ? 0.0 : MatReal(p->coef)[k];
-    }
-  }
-  return q;
-}
-
-// The real or imaginary part of a real, complex or polynomial matrix.
+// The real or imaginary part of a matrix of any class: values, or each
+// element object's part (real coefficients).
 Matrix *Part(Matrix *a, bool imag) {
   if (a->cls == kReal) return MatDup(a);
   long long n = MatCount(a);
@@ -82,14 +66,10 @@ Matrix *Part(Matrix *a, bool imag) {
     }
     return c;
   }
-  Matrix *c = P_MatDef("", a->rows, a->cols);
-  Polynomial **out = Entries<Polynomial *>(c);
-  for (long long k = 0; k < n; k++) {
-    Polynomial *q = CoefficientPart(Entries<Polynomial *>(a)[k], imag);
-    PolyRelease(out[k]);
-    out[k] = PolyOwn(q, kOwnedElement);
-  }
-  return c;
+  Matrix *c = MatDefClass("", a->rows, a->cols, ClassOf(ClassKind(a->cls), false), "MatDef()");
+  return ByObjectType(a->cls, [&]<class O>(ObjectType<O>) {
+    return MapObjects<O>(c, a, [imag](O *e) { return imag ? ObjImagPart(e) : ObjRealPart(e); });
+  });
 }
 
 }  // namespace
@@ -150,7 +130,6 @@ Matrix *MatRealPart(Matrix *a) {
   Front f{"MatRealPart()", [=] { Label1("Re(%s(%dx%d))", a); }};
   if (a->rows == 0 || a->cols == 0) return f.Fail("Zero-size matrix", a);
   if (!IsValidClass(a->cls)) return f.BadClass(a);
-  if (IsRatClass(a->cls)) return f.Pending(a);
   return Part(a, false);
 }
 
@@ -159,6 +138,5 @@ Matrix *MatImagPart(Matrix *a) {
   if (a->rows == 0 || a->cols == 0) return f.Fail("Zero-size matrix", a);
   if (a->cls != kComplex && a->cls != kCompPoly && a->cls != kCompRat)
     return f.Fail("Not a complex matrix", a);
-  if (a->cls == kCompRat) return f.Pending(a);
   return Part(a, true);
 }

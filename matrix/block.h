@@ -23,8 +23,9 @@ Matrix *MatCut(Matrix *a, int r1, int c1, int r2, int c2);
 Matrix *MatPut(Matrix *a, int i, int j, Matrix *b);
 
 // Real parts (a real matrix is duplicated); imaginary parts of a complex class
-// ("Not a complex matrix" otherwise). Polynomial matrices are served
-// coefficient by coefficient; rational ones are pending with their arithmetic.
+// ("Not a complex matrix" otherwise). A polynomial matrix gives the parts of
+// its coefficients; a rational one the parts of each fraction (over the
+// squared modulus of its denominator).
 Matrix *MatRealPart(Matrix *a);
 Matrix *MatImagPart(Matrix *a);
 

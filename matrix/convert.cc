@@ -81,12 +81,6 @@ Matrix *NotAvailableYet(const char *location, const char *what, Matrix *a, Matri
   return FailWith(location, message, a, b);
 }
 
-Matrix *ArithmeticPending(const char *location, Matrix *a, Matrix *b) {
-  return NotAvailableYet(
-      location, IsPolyClass(a->cls) ? "Polynomial matrix arithmetic" : "Rational matrix arithmetic",
-      a, b);
-}
-
 }  // namespace velk_matrix
 
 // ---- conversions ------------------------------------------------------------------

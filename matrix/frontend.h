@@ -5,8 +5,10 @@
 // expression into the message buffer; the label is written only when a check
 // fails). The work of the real and the complex layer is one generic callable
 // run with the element type of the class: Type<double> for class 0,
-// Type<Complexd> for class 1. Classes 2 to 5 either move elements (structural
-// operations) or go to MatArithmeticPending.
+// Type<Complexd> for class 1. The polynomial and rational layers (classes 2 to
+// 5) are a second generic callable run with ObjectType<Polynomial> or
+// ObjectType<Rational> (matrix/object_ops.h); structural operations move
+// elements of every class alike.
 #ifndef VELK_MATRIX_FRONTEND_H
 #define VELK_MATRIX_FRONTEND_H
 
@@ -15,6 +17,7 @@
 #include "core/constructors.h"
 #include "core/matrix.h"
 #include "matrix/elements.h"
+#include "matrix/object_ops.h"
 #include "scalar/fill.h"
 #include "scalar/polynomial.h"
 #include "scalar/rational.h"
@@ -46,9 +49,6 @@ inline void Label2(const char *format, const Matrix *a, const Matrix *b) {
 Matrix *FailWith(const char *location, const char *message, Matrix *a, Matrix *b);
 // "<what> is not available yet": work that waits for a later layer.
 Matrix *NotAvailableYet(const char *location, const char *what, Matrix *a, Matrix *b);
-// The pending arm of the polynomial (2, 3) and rational (4, 5) classes:
-// "Polynomial (Rational) matrix arithmetic is not available yet".
-Matrix *ArithmeticPending(const char *location, Matrix *a, Matrix *b);
 
 template <class Label>
 struct Front {
@@ -61,10 +61,6 @@ struct Front {
   }
   Matrix *BadClass(Matrix *a, Matrix *b = nullptr) const {
     return Fail("Incorrect class matrix", a, b);
-  }
-  Matrix *Pending(Matrix *a, Matrix *b = nullptr) const {
-    label();
-    return ArithmeticPending(location, a, b);
   }
 };
 template <class Label>
@@ -88,30 +84,31 @@ void ByElementType(int cls, Work &&work) {
     work(Type<Complexd>{});
 }
 
-// One operand: class check, pending arm, result definition, layer work
-// (called as work(Type<T>, result)).
-template <class F, class Define, class Work>
-Matrix *Unary(const F &front, Matrix *a, Define define, Work work) {
+// One operand: class check, result definition, layer work (called as
+// work(Type<T>, result) for classes 0 and 1, objects(ObjectType<O>, result)
+// for 2 to 5; an objects arm returns the result, which may be another matrix).
+template <class F, class Define, class Work, class Objects>
+Matrix *Unary(const F &front, Matrix *a, Define define, Work work, Objects objects) {
   if (!IsValidClass(a->cls)) return front.BadClass(a);
-  if (a->cls > kComplex) return front.Pending(a);
   Matrix *c = define(a);
+  if (HasElementObjects(a->cls)) return ByObjectType(a->cls, [&](auto t) { return objects(t, c); });
   ByElementType(a->cls, [&](auto t) { work(t, c); });
   return c;
 }
 
 // Two operands whose checks have passed: class check, promotion to the common
-// class (the front-end `self` runs again on the promoted pair), pending arm,
-// definition, layer work (called as work(Type<T>, result)).
-template <class F, class Define, class Work>
+// class (the front-end `self` runs again on the promoted pair), definition,
+// layer work (as for Unary).
+template <class F, class Define, class Work, class Objects>
 Matrix *Binary(const F &front, Matrix *a, Matrix *b, Matrix *(*self)(Matrix *, Matrix *),
-               Define define, Work work) {
+               Define define, Work work, Objects objects) {
   if (!IsValidClass(a->cls) || !IsValidClass(b->cls)) return front.BadClass(a, b);
   if (a->cls != b->cls) {
     Operands p = Promote(a, b);
     return self(p.a, p.b);
   }
-  if (a->cls > kComplex) return front.Pending(a, b);
   Matrix *c = define(a, b);
+  if (HasElementObjects(a->cls)) return ByObjectType(a->cls, [&](auto t) { return objects(t, c); });
   ByElementType(a->cls, [&](auto t) { work(t, c); });
   return c;
 }

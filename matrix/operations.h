@@ -7,10 +7,13 @@
 // if either is) and the front-end runs again on the converted pair. Results are
 // new temporaries (status 0), except MatScaleSelf which returns its operand.
 //
-// The real and complex layers do the arithmetic. Polynomial and rational
-// arithmetic is not available yet: those classes end in the fatal report
-// "... matrix arithmetic is not available yet"; structural operations
-// (transpose, concatenation, conversions, conjugation) serve all six classes.
+// Every front-end serves the six classes: polynomial and rational matrices
+// compute element by element with the polynomial and rational operations
+// (sums and products simplified, nothing cancelled). Polynomials divided or
+// inverted elementwise give rational matrices; element objects take integral
+// exponents only (another exponent is "Incorrect class matrix").
+// Polynomial and rational scalars, evaluation and the variable are in
+// matrix/polynomial_matrix.h.
 #ifndef VELK_MATRIX_OPERATIONS_H
 #define VELK_MATRIX_OPERATIONS_H
 
@@ -44,8 +47,8 @@ Matrix *MatVectorProduct(Matrix *a, Matrix *b);
 // [a, b] side by side; [[a][b]] one above the other.
 Matrix *MatCatRow(Matrix *a, Matrix *b);
 Matrix *MatCatColumn(Matrix *a, Matrix *b);
-// re + i im. REQUIRES of the classes: both real (polynomial and rational pairs
-// are pending), else "Not appropriate class matrices".
+// re + i im of two matrices of one real class (0, 2 or 4: the result is of
+// class 1, 3 or 5), else "Not appropriate class matrices".
 Matrix *MatRealAndImag(Matrix *re, Matrix *im);
 // a .^ b elementwise; b must be real ("Not a real index matrix").
 Matrix *MatPowElemEach(Matrix *a, Matrix *b);

@@ -104,8 +104,12 @@ Matrix *MatRealAndImag(Matrix *re, Matrix *im) {
       return c;
     }
     case kPoly:
-    case kRat:
-      return f.Pending(re, im);
+    case kRat: {
+      Matrix *c = MatDefClass("", re->rows, re->cols, re->cls + 1, "MatDef()");
+      return ByObjectType(re->cls, [&]<class O>(ObjectType<O>) {
+        return ZipObjects<O>(c, re, im, [](O *x, O *y) { return ObjRealAndImag(x, y); });
+      });
+    }
     default:
       return f.BadClass(re, im);
   }

@@ -2,6 +2,7 @@
 // check, as the whole stderr text.
 #include "matrix/block.h"
 #include "matrix/operations.h"
+#include "matrix/polynomial_matrix.h"
 #include "tests/matrix/scenario.h"
 
 using LabelsDeathTest = Scenario;
@@ -12,8 +13,8 @@ TEST_F(LabelsDeathTest, EveryFrontEndReportsItsExpression) {
   Matrix *c = Make("C", kComplex, 2, 2), *p = Make("P", kPoly, 2, 2);
   Matrix *r = Make("R", kCompRat, 2, 2), *x = MatSetClass(Make("X", kReal, 2, 2), 9);
   Complex *z = CompSetStatus(CompDef("z", 1, 2), 2);
-  const std::string poly = " : Polynomial matrix arithmetic is not available yet in ";
-  const std::string rat = " : Rational matrix arithmetic is not available yet in ";
+  Polynomial *q = PolySetStatus(PolySetName(PolyMonomial(1, nullptr), "q"), 2);
+  Rational *g = RatSetStatus(RatSetName(RatInvPoly(q), "g"), 2);
   ExpectReports({
       {[=] { MatAdd(a, b); }, "A(2x2) + B(3x3) : Not same size in MatAdd()."},
       {[=] { MatSub(a, b); }, "A(2x2) - B(3x3) : Not same size in MatSub()."},
@@ -54,14 +55,27 @@ TEST_F(LabelsDeathTest, EveryFrontEndReportsItsExpression) {
       {[=] { MatTrans(x); }, "X(2x2)' : Incorrect class matrix in MatTrans()."},
       {[=] { MatConjTrans(x); }, "X(2x2)# : Incorrect class matrix in MatConjTrans()."},
       {[=] { MatRealToComp(x); }, "Incorrect class matrix for 'X(2 x 2)' in MatRealToComp()."},
-      // The pending polynomial and rational arms, also after a promotion
-      // that keeps the operands' names.
-      {[=] { MatSub(p, p); }, "P(2x2) - P(2x2)" + poly + "MatSub()."},
-      {[=] { MatMul(p, r); }, "P(2x2) * R(2x2)" + rat + "MatMul()."},
-      {[=] { MatIncrement(p); }, "P(2x2)++" + poly + "MatIncrement()."},
-      {[=] { MatPow(r, 2); }, "R(2x2)^2" + rat + "MatPow()."},
-      {[=] { MatRealAndImag(p, p); }, "(P(2x2), P(2x2))" + poly + "MatRealAndImag()."},
-      {[=] { MatRealPart(r); }, "Re(R(2x2))" + rat + "MatRealPart()."},
+      // The polynomial and rational front-ends; the labels of MatEvalP and
+      // MatEvalR have no closing parenthesis.
+      {[=] { MatEval(a, 1); }, "eval(A(2x2), 1) : Not a polynomial nor rational matrix in MatEval()."},
+      {[=] { MatEvalC(e, z); }, "eval(E(0x3), z(1,2)) : Zero-size matrix in MatEvalC()."},
+      {[=] { MatEvalP(a, q); },
+       "eval(A(2x2), q(s^1) : Not a polynomial nor rational matrix in MatEvalP()."},
+      {[=] { MatEvalR(c, g); },
+       "eval(C(2x2), g(s^0/s^1) : Not a polynomial nor rational matrix in MatEvalR()."},
+      {[=] { MatEvalM(p, w); }, "eval(P(2x2), W(2x3)) : Not a square matrix in MatEvalM()."},
+      {[=] { MatEvalMElem(p, b); }, "eval(P(2x2), B(3x3)) : Not same size in MatEvalMElem()."},
+      {[=] { MatAdd_Polynomial(x, q); },
+       "X(2x2) .+ q(s^1) : Incorrect class matrix in MatAdd_Polynomial()."},
+      {[=] { MatSub_Rational(g, x); },
+       "g(s^0/s^1) .- X(2x2) : Incorrect class matrix in MatSub_Rational()."},
+      {[=] { MatScaleP(x, q); }, "X(2x2) * q(s^1) : Incorrect class matrix in MatScaleP()."},
+      {[=] { MatScaleR(x, g); }, "X(2x2) * g(s^0/s^1) : Incorrect class matrix in MatScaleR()."},
+      {[=] { MatSetVar(a, "z"); }, "Incorrect class matrix for 'A(2 x 2)' in MatSetVar()."},
+      {[=] { MatPowElemToReal(p, 0.5); },
+       "P(2x2).^0.5 : Incorrect class matrix in MatPowElemToReal()."},
+      {[=] { MatPow(r, -1); },
+       "R(2x2)^-1 : Negative matrix power is not available yet in MatPow()."},
       // Cut, put and parts. The invalid block texts are the message itself,
       // so the operands are described after them.
       {[=] { MatCut(e, 1, 1, 1, 1); }, "E(0x3)(1:1,1:1) : Zero-size matrix in MatCut()."},
@@ -80,4 +94,6 @@ TEST_F(LabelsDeathTest, EveryFrontEndReportsItsExpression) {
   });
   MatSetClass(x, kReal);
   CompUndef(z);
+  RatUndef(g);
+  PolyUndef(q);
 }
