@@ -23,6 +23,7 @@
 #include "io/binary.h"
 #include "io/complex_io.h"
 #include "io/output_file.h"
+#include "io/poly_io.h"
 #include "io/scalar_file.h"
 #include "io/text_format.h"
 #include "matrix/block.h"

@@ -311,7 +311,22 @@ void Coefficient(const Polynomial *p, int k, double out[2]) {
   }
 }
 
-void WriteCoefficients(FILE *stream, const Polynomial *p, bool complex_class) {
+
+template <class T>
+T *Element(Matrix *m, int i, int j) {
+  return static_cast<T **>(m->elements)[static_cast<long long>(i) * m->cols + j];
+}
+
+Polynomial *ReadPolynomial(FILE *stream, int degree, bool complex_class, bool foreign,
+                           bool *ok) {
+  Polynomial *p = DataReadCoefficients(stream, degree, complex_class, foreign);
+  *ok = p != nullptr;
+  return p;
+}
+
+}  // namespace
+
+void DataWriteCoefficients(FILE *stream, const Polynomial *p, bool complex_class) {
   for (int k = 0; k <= p->degree; k++) {
     double c[2];
     Coefficient(p, k, c);
@@ -319,18 +334,8 @@ void WriteCoefficients(FILE *stream, const Polynomial *p, bool complex_class) {
   }
 }
 
-template <class T>
-T *Element(Matrix *m, int i, int j) {
-  return static_cast<T **>(m->elements)[static_cast<long long>(i) * m->cols + j];
-}
-
-// A new owned polynomial of the degree, filled with the doubles read.
-Polynomial *ReadPolynomial(FILE *stream, int degree, bool complex_class, bool foreign,
-                           bool *ok) {
-  if (degree < -1) {
-    *ok = false;
-    return nullptr;
-  }
+Polynomial *DataReadCoefficients(FILE *stream, int degree, bool complex_class, bool foreign) {
+  if (degree < -1) return nullptr;
   // Read into a growing buffer first: a garbage degree must not allocate more
   // than the stream can supply.
   long long n = (static_cast<long long>(degree) + 1) * (complex_class ? 2 : 1);
@@ -340,15 +345,14 @@ Polynomial *ReadPolynomial(FILE *stream, int degree, bool complex_class, bool fo
     long long want = std::min(kChunk, n - static_cast<long long>(values.size()));
     size_t at = values.size();
     values.resize(at + static_cast<size_t>(want));
-    if (!DataReadDoubles(stream, values.data() + at, want, foreign)) {
-      *ok = false;
-      return nullptr;
-    }
+    if (!DataReadDoubles(stream, values.data() + at, want, foreign)) return nullptr;
   }
   Polynomial *p = complex_class ? C_PolyDef("", degree, nullptr) : PolyDef("", degree, nullptr);
   if (n > 0) memcpy(p->coef->elements, values.data(), static_cast<size_t>(n) * sizeof(double));
   return p;
 }
+
+namespace {
 
 // Reads one element of a class 2 to 5 record as a new owned object, or null
 // when the data is short or broken.
@@ -498,13 +502,13 @@ Matrix *MatWrite(Matrix *m, FILE *stream, int kind) {
       if (IsPolyClass(m->cls)) {
         Polynomial *p = Element<Polynomial>(m, i, j);
         WriteWord(stream, p->degree);
-        WriteCoefficients(stream, p, complex_class);
+        DataWriteCoefficients(stream, p, complex_class);
       } else if (IsRatClass(m->cls)) {
         Rational *r = Element<Rational>(m, i, j);
         WriteWord(stream, r->nume->degree);
         WriteWord(stream, r->deno->degree);
-        WriteCoefficients(stream, r->nume, complex_class);
-        WriteCoefficients(stream, r->deno, complex_class);
+        DataWriteCoefficients(stream, r->nume, complex_class);
+        DataWriteCoefficients(stream, r->deno, complex_class);
       }
     }
   }

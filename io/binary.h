@@ -11,6 +11,7 @@
 #include <cstdio>
 
 struct Matrix;
+struct Polynomial;
 
 // The machine mark this build writes into the top byte of every type word.
 constexpr int kDataMachine = 0x20000000;
@@ -46,6 +47,15 @@ const char *DataRecordOpen(DataRecord *record, FILE *stream, int expected_kind);
 // Reads n words or doubles, swapping when foreign; false on a short read.
 bool DataReadWords(FILE *stream, int *words, long long n, bool foreign);
 bool DataReadDoubles(FILE *stream, double *values, long long n, bool foreign);
+
+// The coefficients of p from the constant up: one double each, or a (re, im)
+// pair each when complex_class (a real p then writes zero imaginary parts).
+void DataWriteCoefficients(FILE *stream, const Polynomial *p, bool complex_class);
+// A new temporary polynomial of the degree (real, or complex when
+// complex_class) holding the doubles read; null when the stream runs short
+// or the degree is below -1. Reads in chunks: a garbage degree never
+// allocates more than the stream supplies.
+Polynomial *DataReadCoefficients(FILE *stream, int degree, bool complex_class, bool foreign);
 
 // Matrices: records of kind 7, 8 or 9 (the three roles a list can give them).
 Matrix *MatWrite(Matrix *m, FILE *stream, int kind);
