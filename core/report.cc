@@ -79,6 +79,12 @@ static void DescribeMatrix(FILE *out, const void *object, bool second) {
     fprintf(out, "%s '(%d x %d)'", word, m->rows, m->cols);
 }
 
+FILE *LogOpenAppend(const char *failure) {
+  FILE *log = fopen(kLogFile, "a");
+  if (log == nullptr && failure != nullptr) fputs(failure, stderr);
+  return log;
+}
+
 static void AppendMatrix(const void *object) {
   Matrix *m = const_cast<Matrix *>(static_cast<const Matrix *>(object));
   if (m->rows == 0 || m->cols == 0 || static_cast<long long>(m->rows) * m->cols > 100) return;

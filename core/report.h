@@ -32,6 +32,11 @@ struct ReportKind {
 void ObjectReport(const ReportKind &kind, const char *location, const char *message,
                   const void *a, const void *b, int fatal);
 
+// Velk.log opened for appending an operand's save form after a logged
+// report, or null when it cannot be opened (failure, when not null, is then
+// written to stderr). The caller closes it.
+FILE *LogOpenAppend(const char *failure);
+
 // Writes a printf-style text into a message buffer, bounded to its size.
 void FormatMessage(char *buffer, const char *format, ...) __attribute__((format(printf, 2, 3)));
 

@@ -3,6 +3,8 @@
 #ifndef VELK_SCALAR_POLY_COEF_H
 #define VELK_SCALAR_POLY_COEF_H
 
+#include <cstdio>
+
 #include "scalar/complex_value.h"
 #include "scalar/polynomial.h"
 
@@ -45,6 +47,19 @@ inline const char *ResultVariable(const Polynomial *p, const Polynomial *q) {
 // Undefines a temporary made while computing (owned or kept ones are left).
 inline void Drop(Polynomial *p) {
   if (p != nullptr && p->status == 0) PolyUndef(p);
+}
+
+// Every element of a polynomial or rational matrix m, row by row, through
+// print(element, label) with the label " (  i,  j)".
+template <class O, class Print>
+void EachLabeled(Matrix *m, Print print) {
+  O **e = static_cast<O **>(m->elements);
+  for (int i = 0; i < m->rows; i++)
+    for (int j = 0; j < m->cols; j++) {
+      char label[32];
+      snprintf(label, sizeof label, " (%3d,%3d)", i + 1, j + 1);
+      print(e[static_cast<long long>(i) * m->cols + j], label);
+    }
 }
 
 // The polynomial parts of matrix save forms and listings (core/text.h).

@@ -100,13 +100,7 @@ std::string Broken(const std::string &text, int indent, int width) {
 namespace velk_poly {
 
 void MatrixPrintBody(Matrix *m) {
-  Polynomial **e = static_cast<Polynomial **>(m->elements);
-  for (int i = 0; i < m->rows; i++)
-    for (int j = 0; j < m->cols; j++) {
-      char label[32];
-      snprintf(label, sizeof label, " (%3d,%3d)", i + 1, j + 1);
-      PolyPrintLabeled(stdout, e[static_cast<long long>(i) * m->cols + j], label);
-    }
+  EachLabeled<Polynomial>(m, [](Polynomial *p, const char *label) { PolyPrintLabeled(stdout, p, label); });
 }
 
 char *ElementText(Polynomial *p, int indent, int width) {

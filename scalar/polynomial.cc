@@ -38,13 +38,10 @@ constexpr char kLogFailure[] = "Can't open logfile.\n";
 void LogAppend(const void *object) {
   Polynomial *p = const_cast<Polynomial *>(static_cast<const Polynomial *>(object));
   if (p->degree == -1) return;
-  FILE *log = fopen("Velk.log", "a");
-  if (log == nullptr) {
-    fputs(kLogFailure, stderr);
-    return;
+  if (FILE *log = LogOpenAppend(kLogFailure)) {
+    PolySaveText(log, p, 1);
+    fclose(log);
   }
-  PolySaveText(log, p, 1);
-  fclose(log);
 }
 
 const ReportKind kReport = {PolyMessageBuffer, Describe, kLogFailure, LogAppend, false};

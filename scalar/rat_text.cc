@@ -60,13 +60,7 @@ void RatElementText(Rational *r, int indent, int width, char **nume, char **deno
 }
 
 void RatMatrixPrintBody(Matrix *m) {
-  Rational **e = static_cast<Rational **>(m->elements);
-  for (int i = 0; i < m->rows; i++)
-    for (int j = 0; j < m->cols; j++) {
-      char label[32];
-      snprintf(label, sizeof label, " (%3d,%3d)", i + 1, j + 1);
-      RatPrintLabeled(stdout, e[static_cast<long long>(i) * m->cols + j], label);
-    }
+  EachLabeled<Rational>(m, [](Rational *r, const char *label) { RatPrintLabeled(stdout, r, label); });
 }
 
 }  // namespace velk_poly

@@ -29,13 +29,10 @@ constexpr char kLogFailure[] = "Can't open logfile\n";
 void LogAppend(const void *object) {
   Rational *r = const_cast<Rational *>(static_cast<const Rational *>(object));
   if (r->nume == nullptr || r->nume->degree == -1 || r->deno->degree == -1) return;
-  FILE *log = fopen("Velk.log", "a");
-  if (log == nullptr) {
-    fputs(kLogFailure, stderr);
-    return;
+  if (FILE *log = LogOpenAppend(kLogFailure)) {
+    RatSaveText(log, r, 1);
+    fclose(log);
   }
-  RatSaveText(log, r, 1);
-  fclose(log);
 }
 
 const ReportKind kReport = {RatMessageBuffer, Describe, kLogFailure, LogAppend, false};

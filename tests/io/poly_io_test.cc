@@ -18,21 +18,10 @@
 #include "io/binary.h"
 #include "scalar/fill.h"
 #include "support/exact.h"
+#include "support/poly.h"
 #include "tests/io/record_bytes.h"
 
 namespace {
-
-Polynomial *P(std::vector<double> c, const char *variable = nullptr) {
-  Polynomial *p = PolyDef("", static_cast<int>(c.size()) - 1, variable);
-  for (size_t k = 0; k < c.size(); k++) MatReal(p->coef)[k] = c[k];
-  return p;
-}
-
-Polynomial *CP(std::vector<double> pairs) {
-  Polynomial *p = C_PolyDef("", static_cast<int>(pairs.size() / 2) - 1, "w");
-  for (size_t k = 0; k < pairs.size(); k++) MatReal(p->coef)[k] = pairs[k];
-  return p;
-}
 
 // Same kind, degree, variable and coefficient bits.
 testing::AssertionResult SamePoly(Polynomial *a, Polynomial *b) {
@@ -97,7 +86,7 @@ TEST_F(PolyFileTest, RecordLayoutAndRoundTrips) {
   want.Head(0x20002005, 1, 2, 0, 2).Put("p").Put(2).Put("z").Put(1.5).Put(-2.0);
   EXPECT_EQ(Written([&](FILE *f) { PolyWrite(p, f); }), want.data);
 
-  for (Polynomial *q : {p, CP({1, 2, -0.0, NAN, 3, 4}), P({7}), PolyDef("", -1, nullptr)}) {
+  for (Polynomial *q : {p, CP({{1, 2}, {-0.0, NAN}, {3, 4}}, "w"), P({7}), PolyDef("", -1, nullptr)}) {
     Polynomial *t = PolySetStatus(PolyDef("old", 3, "x"), 9);
     ReadFrom(Written([&](FILE *f) { PolyWrite(q, f); }), [&](FILE *f) { PolyRead(t, f); });
     EXPECT_TRUE(SamePoly(t, q));
@@ -111,7 +100,7 @@ TEST_F(PolyFileTest, RecordLayoutAndRoundTrips) {
   Bytes rwant;
   rwant.Head(0x20002006, 0, 2, 0, 2).Put("r").Put(2).Put("z").Put(1.0).Put(0.0).Put(0.0).Put(2.0);
   EXPECT_EQ(Written([&](FILE *f) { RatWrite(r, f); }), rwant.data);
-  Rational *c = RatNumeDenoDef(CP({1, 1}), P({0, 1}));
+  Rational *c = RatNumeDenoDef(CP({{1, 1}}, "w"), P({0, 1}));
   for (Rational *q : {r, c}) {
     Rational *t = RatSetStatus(RatDef("old", 1, 1), 9);
     ReadFrom(Written([&](FILE *f) { RatWrite(q, f); }), [&](FILE *f) { RatRead(t, f); });
@@ -134,7 +123,7 @@ TEST_F(PolyFileTest, RecordLayoutAndRoundTrips) {
 }
 
 TEST_F(PolyFileTest, MatricesOfEveryObjectClassRoundTrip) {
-  Polynomial *s1 = P({1, 1}), *cs = CP({0, 1, 2, 0});
+  Polynomial *s1 = P({1, 1}), *cs = CP({{0, 1}, {2, 0}}, "w");
   Rational *r = RatNumeDenoDef(s1, P({0, 0, 1}));
   Matrix *ms[] = {P_MatFillDef(2, 3, s1), P_MatFillDef(1, 2, cs), R_MatFillDef(3, 1, r),
                   R_MatFillDef(2, 2, RatRealToComp(r))};
@@ -167,7 +156,7 @@ TEST_F(PolyFileTest, TextFilesAndSaveForms) {
   Polynomial *back = PolyFileRead(Path("p").c_str());
   EXPECT_EQ(back->degree, 3);
   EXPECT_TRUE(SamePoly(back, P({1, -2, 0, 4})));
-  Rational *r = RatNumeDenoDef(P({1, 1}), CP({1, 0, 0, 1}));
+  Rational *r = RatNumeDenoDef(P({1, 1}), CP({{1, 0}, {0, 1}}, "w"));
   RatFileWrite(r, Path("r").c_str());
   EXPECT_NE(Slurp(Path("r.D")).find("# 1 2 C"), std::string::npos);
   Rational *rb = RatFileRead(Path("r").c_str());

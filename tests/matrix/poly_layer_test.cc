@@ -10,16 +10,10 @@
 #include "matrix/block.h"
 #include "matrix/operations.h"
 #include "matrix/polynomial_matrix.h"
+#include "support/poly.h"
 #include "tests/matrix/scenario.h"
 
 namespace {
-
-// A temporary real polynomial with coefficients c (ascending).
-Polynomial *Poly(std::vector<double> c, const char *variable = nullptr) {
-  Polynomial *p = PolyDef("", static_cast<int>(c.size()) - 1, variable);
-  for (size_t k = 0; k < c.size(); k++) MatReal(p->coef)[k] = c[k];
-  return p;
-}
 
 // A named class-2 matrix of the given polynomials (row by row).
 Matrix *PolyMatrix(const char *name, int rows, int cols, std::vector<Polynomial *> e) {
@@ -29,14 +23,6 @@ Matrix *PolyMatrix(const char *name, int rows, int cols, std::vector<Polynomial 
     static_cast<Polynomial **>(m->elements)[k] = PolyOwn(PolyDup(e[k]), kOwnedElement);
   }
   return m;
-}
-
-std::vector<double> Coefs(Polynomial *p) {
-  std::vector<double> c;
-  for (int k = 0; k <= p->degree; k++)
-    c.push_back(p->kind == 1 ? static_cast<ComplexValue *>(p->coef->elements)[k].re
-                             : MatReal(p->coef)[k]);
-  return c;
 }
 
 using V = std::vector<double>;
@@ -68,7 +54,7 @@ TEST_F(Scenario, MixedClassesComputeThroughEveryArm) {
 }
 
 TEST_F(Scenario, PolynomialMatrixArithmetic) {
-  Polynomial *s = Poly({0, 1}), *one = Poly({1}), *s1 = Poly({1, 1});
+  Polynomial *s = P({0, 1}), *one = P({1}), *s1 = P({1, 1});
   Matrix *a = PolyMatrix("A", 2, 2, {s, one, s1, s});  // [s 1; s+1 s]
   Matrix *a2 = MatMul(a, a);                         // [s^2+s+1 2s; 2s^2+2s s^2+s+1]
   ASSERT_EQ(a2->cls, kPoly);
@@ -101,7 +87,7 @@ TEST_F(Scenario, PolynomialMatrixArithmetic) {
 }
 
 TEST_F(Scenario, DivisionInversesAndPartsGiveRationals) {
-  Polynomial *s = Poly({0, 1}), *s1 = Poly({1, 1});
+  Polynomial *s = P({0, 1}), *s1 = P({1, 1});
   Matrix *a = PolyMatrix("A", 1, 2, {s1, s}), *b = PolyMatrix("B", 1, 2, {s, s1});
   Matrix *q = MatDivElem(a, b);
   ASSERT_EQ(q->cls, kRat);
@@ -130,7 +116,7 @@ TEST_F(Scenario, DivisionInversesAndPartsGiveRationals) {
 }
 
 TEST_F(Scenario, EvaluationAndScalarForms) {
-  Polynomial *s = Poly({0, 1}), *s1 = Poly({1, 1}), *sq = Poly({0, 0, 1});
+  Polynomial *s = P({0, 1}), *s1 = P({1, 1}), *sq = P({0, 0, 1});
   Matrix *a = PolyMatrix("A", 1, 2, {s1, sq});
   EXPECT_TRUE(Holds(MatEval(a, 3), kReal, 1, 2, {4, 9}));
   Complex *i = CompDef("", 0, 1);
@@ -165,7 +151,7 @@ TEST_F(Scenario, EvaluationAndScalarForms) {
 }
 
 TEST_F(Scenario, VariableListingAndSaveForm) {
-  Polynomial *s1 = Poly({1, 1}), *s = Poly({0, 2});
+  Polynomial *s1 = P({1, 1}), *s = P({0, 2});
   Matrix *a = PolyMatrix("A", 1, 2, {s1, s});
   EXPECT_EQ(MatSetVar(a, "z"), a);
   EXPECT_STREQ(At<Polynomial>(a, 1)->variable, "z");
@@ -188,7 +174,7 @@ TEST_F(Scenario, VariableListingAndSaveForm) {
 }
 
 TEST_F(Scenario, ScopesLeaveNoElementObjects) {
-  Polynomial *s = Poly({0, 1}), *s1 = Poly({1, 1});
+  Polynomial *s = P({0, 1}), *s1 = P({1, 1});
   Matrix *a = MatSetStatus(PolyMatrix("A", 2, 2, {s, s1, s1, s}), 2);
   PolySweep();
   long polys = PolyRegistryCheck(), rats = RatRegistryCheck();

@@ -11,31 +11,15 @@
 #include "core/registry.h"
 #include "scalar/polynomial.h"
 #include "support/exact.h"
+#include "support/poly.h"
 
 namespace {
-
-// A temporary with coefficients c (ascending powers).
-Polynomial *P(std::vector<double> c, const char *variable = nullptr) {
-  Polynomial *p = PolyDef("", static_cast<int>(c.size()) - 1, variable);
-  for (size_t k = 0; k < c.size(); k++) MatReal(p->coef)[k] = c[k];
-  return p;
-}
-
-Polynomial *CP(std::vector<ComplexValue> c, const char *variable = nullptr) {
-  Polynomial *p = C_PolyDef("", static_cast<int>(c.size()) - 1, variable);
-  for (size_t k = 0; k < c.size(); k++) static_cast<ComplexValue *>(p->coef->elements)[k] = c[k];
-  return p;
-}
 
 std::string Text(Polynomial *p, bool star = false) {
   char *t = PolyToString(p, nullptr, star, p->variable);
   std::string s = t;
   efree(t);
   return s;
-}
-
-std::vector<double> Coefs(Polynomial *p) {
-  return std::vector<double>(MatReal(p->coef), MatReal(p->coef) + p->degree + 1);
 }
 
 std::string Printed(Polynomial *p) {

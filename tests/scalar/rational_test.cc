@@ -11,25 +11,12 @@
 #include "core/registry.h"
 #include "scalar/rational.h"
 #include "support/exact.h"
+#include "support/poly.h"
 
 namespace {
 
-Polynomial *P(std::vector<double> c, const char *variable = nullptr) {
-  Polynomial *p = PolyDef("", static_cast<int>(c.size()) - 1, variable);
-  for (size_t k = 0; k < c.size(); k++) MatReal(p->coef)[k] = c[k];
-  return p;
-}
-
 Rational *R(std::vector<double> n, std::vector<double> d, const char *variable = nullptr) {
   return RatNumeDenoDef(P(n, variable), P(d, variable));
-}
-
-std::vector<double> Coefs(Polynomial *p) {
-  std::vector<double> c;
-  for (int k = 0; k <= p->degree; k++)
-    c.push_back(p->kind == 1 ? static_cast<ComplexValue *>(p->coef->elements)[k].re
-                             : MatReal(p->coef)[k]);
-  return c;
 }
 
 using V = std::vector<double>;
