@@ -31,9 +31,10 @@ char *ComplexValueToString(ComplexValue *v, char *buf, const char *format);
 // when terminate is non-zero.
 void MatWriteSaveForm(FILE *fp, Matrix *m, int terminate, const char *function_name);
 
-// The polynomial and rational layers plug their text forms in here. Until
-// they do, a polynomial or rational listing shows only its title line and
-// their saved elements carry no text.
+// The polynomial and rational layers plug their text forms in here
+// (scalar/polynomial.cc and scalar/rational.cc register them from static
+// initializers); a program without them lists only the title line of such a
+// matrix and saves its elements without text.
 struct MatPolyText {
   // p's text broken into lines by "\n" with the given indent and width; a
   // new emalloc'd buffer the caller frees.
