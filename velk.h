@@ -35,6 +35,7 @@
 #include "matrix/operations.h"
 #include "matrix/polynomial_matrix.h"
 #include "matrix/rearrange.h"
+#include "matrix/roots.h"
 #include "container/list.h"
 #include "container/string.h"
 #include "editor/complex_key.h"

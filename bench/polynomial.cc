@@ -1,17 +1,23 @@
 // Polynomial products and evaluation of degree 1000 against the plain
-// convolution and Horner loops (the object layer must not dominate), and the
-// heap allocations per element of adding two 100 x 100 polynomial matrices
+// convolution and Horner loops (the object layer must not dominate), roots of
+// degree 100 against the eigenvalue kernel on the same companion matrix, and
+// the heap allocations per element of adding two 100 x 100 polynomial matrices
 // of degree 3, counted by interposing the C allocator as bench/registry.cc
 // does.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <complex>
 #include <cstdlib>
 #include <random>
 #include <vector>
 
 #include "bench/count_allocations.h"
+#include "core/constructors.h"
 #include "core/scope.h"
+#include "matrix/eigen.h"
 #include "matrix/operations.h"
+#include "matrix/roots.h"
 #include "scalar/fill.h"
 #include "scalar/polynomial.h"
 
@@ -115,8 +121,81 @@ void BM_PolyMatrixAdd(benchmark::State &state) {
   PolyUndef(q);
 }
 
+// k's bits reversed as a fraction: factors taken in this order spread over
+// the circle, so no partial product has clustered roots and huge coefficients.
+double Spread(int k) {
+  double f = 0, bit = 0.5;
+  for (; k > 0; k >>= 1, bit /= 2)
+    if (k & 1) f += bit;
+  return f;
+}
+
+// A real polynomial of degree 2 pairs multiplied out from the conjugate pairs
+// 0.9 e^(+-i t_k), t_k = (k + 1/2) pi / pairs, kept; the known roots in *known.
+Polynomial *FromRoots(int pairs, std::vector<std::complex<double>> *known) {
+  std::vector<int> order(static_cast<size_t>(pairs));
+  for (int k = 0; k < pairs; k++) order[static_cast<size_t>(k)] = k;
+  std::sort(order.begin(), order.end(), [](int a, int b) { return Spread(a) < Spread(b); });
+  Polynomial *p = Kept({1});
+  for (int k : order) {
+    std::complex<double> z = std::polar(0.9, (k + 0.5) * 3.141592653589793 / pairs);
+    known->push_back(z);
+    known->push_back(std::conj(z));
+    Polynomial *f = Kept({std::norm(z), -2 * z.real(), 1});
+    Polynomial *next = PolySetStatus(PolyMul(p, f), 2);
+    PolyUndef(p);
+    PolyUndef(f);
+    p = next;
+  }
+  return p;
+}
+
+// PolyRoots of degree 100, with the largest distance of a known root to the
+// nearest root found.
+void BM_PolyRoots(benchmark::State &state) {
+  PolyInit();
+  std::vector<std::complex<double>> known;
+  Polynomial *p = FromRoots(static_cast<int>(state.range(0)) / 2, &known);
+  double worst = 0;
+  for (auto _ : state) {
+    Matrix *r = PolyRoots(p);
+    state.PauseTiming();
+    auto *got = static_cast<std::complex<double> *>(r->elements);
+    worst = 0;
+    for (auto z : known) {
+      double nearest = 1e300;
+      for (long long k = 0; k < MatCount(r); k++) nearest = std::min(nearest, std::abs(got[k] - z));
+      worst = std::max(worst, nearest);
+    }
+    MatUndef(r);
+    state.ResumeTiming();
+  }
+  state.counters["max root error"] = worst;
+  PolyUndef(p);
+}
+
+// The eigenvalue kernel alone on the same companion matrix.
+void BM_CompanionEigVal(benchmark::State &state) {
+  const int n = static_cast<int>(state.range(0));
+  PolyInit();
+  std::vector<std::complex<double>> known;
+  Polynomial *p = FromRoots(n / 2, &known);
+  Matrix *a = MatSetStatus(MatZDef(n), 2);
+  for (int k = 0; k + 1 < n; k++) MatReal(a)[static_cast<long long>(k) * n + k + 1] = 1;
+  for (int k = 0; k < n; k++) MatReal(a)[static_cast<long long>(n - 1) * n + k] = -MatReal(p->coef)[k];
+  for (auto _ : state) {
+    Matrix *r = MatEigVal(a);
+    benchmark::DoNotOptimize(r->elements);
+    MatUndef(r);
+  }
+  MatUndef(a);
+  PolyUndef(p);
+}
+
 }  // namespace
 
+BENCHMARK(BM_PolyRoots)->Arg(100)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_CompanionEigVal)->Arg(100)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_PolyMul)->Arg(1000);
 BENCHMARK(BM_PlainConvolution)->Arg(1000);
 BENCHMARK(BM_PolyEval)->Arg(1000);
