@@ -42,7 +42,8 @@ bool ReadVariable(FILE *stream, bool foreign, std::string *variable, bool *none)
   if (length < 0 || length > kDataNameMax) return false;
   *none = length == 0;
   std::string text(static_cast<size_t>(length), '\0');
-  if (length > 0 && fread(&text[0], 1, static_cast<size_t>(length), stream) != static_cast<size_t>(length))
+  if (length > 0 &&
+      fread(&text[0], 1, static_cast<size_t>(length), stream) != static_cast<size_t>(length))
     return false;
   *variable = text.c_str();  // up to its NUL
   return true;
@@ -113,7 +114,8 @@ Polynomial *PolyRead(Polynomial *p, FILE *stream) {
     std::string variable;
     if (ComplexWord(record.header[kDataClass], &complex) && record.header[kDataColumns] >= 0 &&
         ReadVariable(stream, record.foreign, &variable, &none))
-      t = ReadPart(stream, record.header[kDataColumns] - 1, complex, record.foreign, variable, none);
+      t = ReadPart(stream, record.header[kDataColumns] - 1, complex, record.foreign, variable,
+                   none);
     if (t == nullptr) failure = "Data is broken or too few";
   }
   if (failure != nullptr) {

@@ -168,7 +168,8 @@ void ObjectProduct(Matrix *c, Matrix *a, Matrix *b) {
         ObjDrop(t);
         sum = s;
       }
-      ObjStore(c, static_cast<long long>(i) * p + j, sum != nullptr ? sum : ObjConst<O>(0.0, complex));
+      ObjStore(c, static_cast<long long>(i) * p + j,
+               sum != nullptr ? sum : ObjConst<O>(0.0, complex));
     }
 }
 

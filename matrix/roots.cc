@@ -15,7 +15,8 @@ void Companion(Matrix *a, const std::vector<T> &c, T one, T (*neg)(T)) {
   const int m = a->rows;
   T *e = static_cast<T *>(a->elements);
   for (int k = 0; k + 1 < m; k++) e[static_cast<long long>(k) * m + k + 1] = one;
-  for (int k = 0; k < m; k++) e[static_cast<long long>(m - 1) * m + k] = neg(c[static_cast<size_t>(k)]);
+  for (int k = 0; k < m; k++)
+    e[static_cast<long long>(m - 1) * m + k] = neg(c[static_cast<size_t>(k)]);
 }
 
 double NegReal(double x) { return -x; }
@@ -39,10 +40,12 @@ Matrix *PolyRoots(Polynomial *p) {
     if (top.re == 0 && top.im == 0) continue;
     if (top.im == 0) {
       const double f = 1 / top.re;  // scaling by the inverse, as the matrix layer does
-      for (int k = 0; k < n; k++) c[static_cast<size_t>(k)] = velk_complex::Scale(c[static_cast<size_t>(k)], f);
+      for (int k = 0; k < n; k++)
+        c[static_cast<size_t>(k)] = velk_complex::Scale(c[static_cast<size_t>(k)], f);
     } else {
       const ComplexValue f = velk_complex::RealOver(1, top);
-      for (int k = 0; k < n; k++) c[static_cast<size_t>(k)] = velk_complex::Mul(c[static_cast<size_t>(k)], f);
+      for (int k = 0; k < n; k++)
+        c[static_cast<size_t>(k)] = velk_complex::Mul(c[static_cast<size_t>(k)], f);
     }
     break;
   }

@@ -34,7 +34,9 @@ bool Compatible(Polynomial *p, Polynomial *q, const char *location) {
   return false;
 }
 
-bool Negligible(ComplexValue c, double tol) { return std::fabs(c.re) <= tol && std::fabs(c.im) <= tol; }
+bool Negligible(ComplexValue c, double tol) {
+  return std::fabs(c.re) <= tol && std::fabs(c.im) <= tol;
+}
 
 // A copy of p's coefficients in a polynomial of the kind complex (p's kind
 // or complex) and of degree max(p's, degree), zeros above p's.
@@ -125,9 +127,13 @@ bool PolySameVariable(const Polynomial *p, const Polynomial *q) {
   return p->variable == nullptr || q->variable == nullptr || strcmp(p->variable, q->variable) == 0;
 }
 
-const char *PolyVariableName(const Polynomial *p) { return p->variable != nullptr ? p->variable : "s"; }
+const char *PolyVariableName(const Polynomial *p) {
+  return p->variable != nullptr ? p->variable : "s";
+}
 
-Polynomial *PolyDefLike(Polynomial *p, int degree) { return New(degree, IsComplex(p), p->variable); }
+Polynomial *PolyDefLike(Polynomial *p, int degree) {
+  return New(degree, IsComplex(p), p->variable);
+}
 Polynomial *PolyZeroLike(Polynomial *p) { return PolyDefLike(p, 0); }
 
 Polynomial *PolyOne(int degree, const char *variable) {
@@ -220,8 +226,8 @@ Polynomial *C_PolySetValue(Polynomial *p, int k, Complex *z) {
   if (!IsComplex(p) || k < 0) {
     PolySetMessage("%s(%s^%d)(%d) = (%g,%g)", Name(p), PolyVariableName(p), p->degree, k, z->re,
                    z->im);
-    PolyError("C_PolySetValue()", !IsComplex(p) ? "Not a complex polynomial" : "Index is not appropriate",
-              p);
+    PolyError("C_PolySetValue()",
+              !IsComplex(p) ? "Not a complex polynomial" : "Index is not appropriate", p);
     return p;
   }
   if (k > p->degree) PolyEnlarge(p, k);

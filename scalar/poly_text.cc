@@ -100,7 +100,8 @@ std::string Broken(const std::string &text, int indent, int width) {
 namespace velk_poly {
 
 void MatrixPrintBody(Matrix *m) {
-  EachLabeled<Polynomial>(m, [](Polynomial *p, const char *label) { PolyPrintLabeled(stdout, p, label); });
+  EachLabeled<Polynomial>(
+      m, [](Polynomial *p, const char *label) { PolyPrintLabeled(stdout, p, label); });
 }
 
 char *ElementText(Polynomial *p, int indent, int width) {

@@ -60,7 +60,8 @@ void RatElementText(Rational *r, int indent, int width, char **nume, char **deno
 }
 
 void RatMatrixPrintBody(Matrix *m) {
-  EachLabeled<Rational>(m, [](Rational *r, const char *label) { RatPrintLabeled(stdout, r, label); });
+  EachLabeled<Rational>(m,
+                        [](Rational *r, const char *label) { RatPrintLabeled(stdout, r, label); });
 }
 
 }  // namespace velk_poly
