@@ -80,6 +80,13 @@ TEST_F(Scenario, PolynomialMatrixArithmetic) {
   EXPECT_EQ(Coefs(At<Polynomial>(vs, 0)), (V{1, -1}));   // 1 - s
   EXPECT_EQ(Coefs(At<Polynomial>(vs, 1)), (V{1, -1}));   // 1 - s
   EXPECT_EQ(Coefs(At<Polynomial>(vs, 2)), (V{-1, 0, 1}));  // s^2 - 1
+  Matrix *pe = MatPowElemEach(a, Make("E", kReal, 2, 2, {0, 3, 2, 1}));
+  EXPECT_EQ(Coefs(At<Polynomial>(pe, 0)), (V{1}));
+  EXPECT_EQ(Coefs(At<Polynomial>(pe, 2)), (V{1, 2, 1}));
+  Matrix *zm = MatSub_Complex(i, a);  // i - (s + 1) in element 2
+  ASSERT_EQ(zm->cls, kCompPoly);
+  EXPECT_EQ(Coefs(At<Polynomial>(zm, 2)), (V{-1, -1}));
+  EXPECT_EQ(static_cast<ComplexValue *>(At<Polynomial>(zm, 2)->coef->elements)[0].im, 1);
   // In place scaling keeps the record.
   Matrix *c = MatDup(a);
   EXPECT_EQ(MatScaleSelf(c, 3), c);

@@ -163,6 +163,13 @@ TEST_F(PolyTest, PowersShiftsDerivativesAndIntegrals) {
   PolySetValue(v, 3, 0);
   EXPECT_EQ(Coefs(v), (std::vector<double>{1}));
   EXPECT_EQ(*PolyGetPtr(q, 3), 4);
+  // Coefficients k..l of one into i..j of another; a row matrix as coefficients.
+  Polynomial *dst = P({0, 0, 0, 0});
+  PolyPartCopy(dst, 1, 2, q, 2, 3);
+  EXPECT_EQ(Coefs(dst), (std::vector<double>{0, 3, 4, 0}));
+  Polynomial *from_row = PolyCoefDef(PolyCoef(q), "x");
+  EXPECT_EQ(Coefs(from_row), (std::vector<double>{1, 2, 3, 4}));
+  EXPECT_STREQ(from_row->variable, "x");
 }
 
 TEST_F(PolyTest, RoundingAndEvaluation) {
@@ -220,6 +227,10 @@ TEST_F(PolyDeathTest, ReportsNameTheExpression) {
   expect([&] { C_PolyEval(p, 1); }, "eval(p(s^3), 1) : Arg must be complex polynomial in PolyEval().");
   expect([&] { PolySetValue(p, -1, 2); }, "p(s^3)(-1) = 2 : Index is not appropriate in PolySetValue().");
   expect([&] { PolyGetPtr(p, 4); }, "p(s^3)(4) : Not a suitable index in PolyGetPtr().");
+  expect([&] { PolyCoefDef(MatDef("M", 2, 2), nullptr); },
+         "coef(M(2x2)) : Not a row vector in PolyCoefDef().");
+  expect([&] { PolyPartCopy(p, 0, 1, P({1, 2, 3}), 0, 2); },
+         "p(s^3)(0:1) = (s^2)(0:2) : Size Error in PolyPartCopy().");
   expect([&] { PolyRealAndImag(CP({{1, 0}}), p); },
          "((s^0), p(s^3)) : Not a real Polynomial in PolyRealAndImag().");
   PolyUndef(u);
