@@ -37,7 +37,8 @@ Matrix *MatEvalP(Matrix *m, Polynomial *p);
 // at r: a rational matrix;
 Matrix *MatEvalR(Matrix *m, Rational *r);
 // at the square matrix a: element (i, j) becomes the block p_ij(a) of the
-// result (rows and columns times a's order);
+// result (rows and columns times a's order); rational elements wait for the
+// matrix inverse ("Rational evaluation at a matrix is not available yet");
 Matrix *MatEvalM(Matrix *m, Matrix *a);
 // at the element of a in the same place (a of m's shape, real or complex).
 Matrix *MatEvalMElem(Matrix *m, Matrix *a);
