@@ -65,6 +65,8 @@ TEST_F(LabelsDeathTest, EveryFrontEndReportsItsExpression) {
        "eval(C(2x2), g(s^0/s^1) : Not a polynomial nor rational matrix in MatEvalR()."},
       {[=] { MatEvalM(p, w); }, "eval(P(2x2), W(2x3)) : Not a square matrix in MatEvalM()."},
       {[=] { MatEvalMElem(p, b); }, "eval(P(2x2), B(3x3)) : Not same size in MatEvalMElem()."},
+      {[=] { MatEvalM(r, a); },
+       "eval(R(2x2), A(2x2)) : Rational evaluation at a matrix is not available yet in MatEvalM()."},
       {[=] { MatAdd_Polynomial(x, q); },
        "X(2x2) .+ q(s^1) : Incorrect class matrix in MatAdd_Polynomial()."},
       {[=] { MatSub_Rational(g, x); },
