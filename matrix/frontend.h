@@ -16,6 +16,7 @@
 
 #include "core/constructors.h"
 #include "core/matrix.h"
+#include "linalg/gemm.h"
 #include "matrix/elements.h"
 #include "matrix/object_ops.h"
 #include "scalar/fill.h"
@@ -168,31 +169,11 @@ Matrix *MapCoefficients(Matrix *m, bool numerator_only, Op op) {
   return m;
 }
 
-// The plain complex product (no recovery of infinities and NaNs, which the
-// library routine would spend a call per element on).
-inline double MulAdd(double c, double a, double b) { return c + a * b; }
-inline Complexd MulAdd(Complexd c, Complexd a, Complexd b) {
-  return {c.real() + a.real() * b.real() - a.imag() * b.imag(),
-          c.imag() + a.real() * b.imag() + a.imag() * b.real()};
-}
-
-// The product c = a b in the order i, k, j: the inner loop runs along rows of
-// b and c, so no stride of a column is taken there.
+// c = a b through the product kernel of linalg/.
 template <class T>
 void Product(Matrix *c, Matrix *a, Matrix *b) {
-  int n = a->rows, m = a->cols, p = b->cols;
-  T *pc = Entries<T>(c);
-  const T *pa = Entries<T>(a);
-  const T *pb = Entries<T>(b);
-  for (long long k = 0; k < static_cast<long long>(n) * p; k++) pc[k] = T(0);
-  for (int i = 0; i < n; i++) {
-    T *ci = pc + static_cast<long long>(i) * p;
-    for (int k = 0; k < m; k++) {
-      const T aik = pa[static_cast<long long>(i) * m + k];
-      const T *bk = pb + static_cast<long long>(k) * p;
-      for (int j = 0; j < p; j++) ci[j] = MulAdd(ci[j], aik, bk[j]);
-    }
-  }
+  velk_linalg::Gemm(velk_linalg::GemmMode::kSet, a->rows, b->cols, a->cols, Entries<T>(a), a->cols,
+                    Entries<T>(b), b->cols, Entries<T>(c), c->cols);
 }
 
 }  // namespace velk_matrix
