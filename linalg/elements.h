@@ -2,6 +2,7 @@
 #ifndef VELK_LINALG_ELEMENTS_H
 #define VELK_LINALG_ELEMENTS_H
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 
@@ -28,6 +29,18 @@ inline double Phase(double x) { return x < 0 ? -1.0 : 1.0; }
 inline std::complex<double> Phase(std::complex<double> z) {
   double r = Modulus(z);
   return r == 0 ? std::complex<double>(1.0) : z / r;
+}
+
+// The 2-norm of x[0], x[stride], ... (n of them), scaled against overflow
+// and underflow; NaN when an element is NaN, infinity when one is infinite.
+template <class T>
+double Norm(long long n, const T *x, long stride = 1) {
+  double scale = 0;
+  for (long long i = 0; i < n; i++) scale = std::max(scale, Modulus(x[i * stride]));
+  if (scale == 0 || std::isinf(scale)) return scale;
+  double sum = 0;
+  for (long long i = 0; i < n; i++) sum += Norm2(x[i * stride] / scale);
+  return scale * std::sqrt(sum);
 }
 
 }  // namespace velk_linalg

@@ -102,13 +102,14 @@ void Permute(int steps, const int *pivots, int k, T *b, long ldb) {
 // ---- substitution ------------------------------------------------------------------
 
 template <class T>
-bool Forward(int n, int k, const T *t, long ldt, T *b, long ldb, double tolerance) {
+bool Forward(int n, int k, const T *t, long ldt, T *b, long ldb, double tolerance, bool unit) {
   if (k == 0) return true;
   for (int i = 0; i < n; i++) {
     T *bi = b + i * ldb;
     for (int j = 0; j < i; j++) Axpy(k, t[i * ldt + j], b + j * ldb, bi);
-    const T d = t[i * ldt + i];
+    const T d = unit ? T(1) : t[i * ldt + i];
     if (Modulus(d) < tolerance) return false;
+    if (unit) continue;
     for (int c = 0; c < k; c++) bi[c] /= d;
   }
   return true;
@@ -311,12 +312,12 @@ void LuPermute(int steps, const int *pivots, int k, Complexd *b, long ldb) {
 }
 
 bool ForwardSubstitute(int n, int k, const double *t, long ldt, double *b, long ldb,
-                       double tolerance) {
-  return Forward(n, k, t, ldt, b, ldb, tolerance);
+                       double tolerance, bool unit_diagonal) {
+  return Forward(n, k, t, ldt, b, ldb, tolerance, unit_diagonal);
 }
 bool ForwardSubstitute(int n, int k, const Complexd *t, long ldt, Complexd *b, long ldb,
-                       double tolerance) {
-  return Forward(n, k, t, ldt, b, ldb, tolerance);
+                       double tolerance, bool unit_diagonal) {
+  return Forward(n, k, t, ldt, b, ldb, tolerance, unit_diagonal);
 }
 bool BackSubstitute(int n, int k, const double *t, long ldt, double *b, long ldb,
                     double tolerance) {

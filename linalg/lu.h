@@ -35,14 +35,14 @@ void LuPermute(int steps, const int *pivots, int k, double *b, long ldb);
 void LuPermute(int steps, const int *pivots, int k, Complexd *b, long ldb);
 
 // Solves T X = B in place of b (n x k) for the lower (Forward) or upper (Back)
-// triangle of t, using t's own diagonal (no unit diagonal is assumed). Fails,
-// returning false with b partly overwritten, when a diagonal element is
-// smaller in magnitude than tolerance; with k = 0 nothing is divided and it
-// succeeds.
+// triangle of t, using t's own diagonal, or ones in its place when
+// unit_diagonal (the L of a packed LU). Fails, returning false with b partly
+// overwritten, when a diagonal element is smaller in magnitude than
+// tolerance; with k = 0 nothing is divided and it succeeds.
 bool ForwardSubstitute(int n, int k, const double *t, long ldt, double *b, long ldb,
-                       double tolerance);
+                       double tolerance, bool unit_diagonal = false);
 bool ForwardSubstitute(int n, int k, const Complexd *t, long ldt, Complexd *b, long ldb,
-                       double tolerance);
+                       double tolerance, bool unit_diagonal = false);
 bool BackSubstitute(int n, int k, const double *t, long ldt, double *b, long ldb,
                     double tolerance);
 bool BackSubstitute(int n, int k, const Complexd *t, long ldt, Complexd *b, long ldb,

@@ -15,17 +15,6 @@
 namespace velk_linalg {
 namespace {
 
-// The 2-norm of x[0 .. n) with a stride, scaled against overflow.
-template <class T>
-double Norm(int n, const T *x, long stride) {
-  double scale = 0;
-  for (int i = 0; i < n; i++) scale = std::max(scale, Modulus(x[i * stride]));
-  if (scale == 0) return 0;
-  double sum = 0;
-  for (int i = 0; i < n; i++) sum += Norm2(x[i * stride] / scale);
-  return scale * std::sqrt(sum);
-}
-
 // rows r0 .. r0 + len of a (columns c0 .. c0 + w) <- H rows, H = I - tau u u^H.
 template <class T>
 void Reflect(const T *u, int len, double tau, T *a, long lda, int r0, int c0, int w,

@@ -146,9 +146,14 @@ void Decompose(int m, int n, const T *a, long lda, double *s, T *u, T *v) {
   // Scaled by a power of two (exactly) so the sums of squares neither
   // overflow nor underflow; the values are scaled back.
   double big = 0;
+  bool finite = true;
   for (int i = 0; i < m; i++)
-    for (int j = 0; j < n; j++) big = std::max(big, Modulus(a[i * lda + j]));
-  if (!std::isfinite(big)) {
+    for (int j = 0; j < n; j++) {
+      const double x = Modulus(a[i * lda + j]);
+      finite = finite && std::isfinite(x);
+      big = std::max(big, x);
+    }
+  if (!finite) {
     std::fill(s, s + std::min(m, n), NAN);
     if (u != nullptr) {
       std::fill(u, u + static_cast<long>(m) * m, T(NAN));

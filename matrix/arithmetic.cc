@@ -6,6 +6,7 @@
 
 #include "core/constructors.h"
 #include "matrix/frontend.h"
+#include "matrix/linear.h"
 #include "matrix/operations.h"
 
 using namespace velk_matrix;
@@ -271,10 +272,16 @@ Matrix *MatScaleC(Matrix *m, Complex *z) {
 Matrix *MatPow(Matrix *m, int n) {
   Front f{"MatPow()", [=] { MatSetMessage("%s(%dx%d)^%d", m->name, m->rows, m->cols, n); }};
   if (m->rows != m->cols) return f.Fail("Not a square matrix", m);
-  if (IsValidClass(m->cls) && n < 0) {
+  // m^-n is inv(m)^n for real and complex m, the inverse with the default
+  // tolerance of the Frobenius norm times eps; polynomial and rational
+  // matrices have no inverse yet.
+  if (n < 0 && IsValidClass(m->cls) && m->cls > kComplex) {
     f.label();
     return NotAvailableYet("MatPow()", "Negative matrix power", m, nullptr);
   }
+  unsigned power = n < 0 ? 0u - static_cast<unsigned>(n) : static_cast<unsigned>(n);
+  if (n < 0 && (m->cls == kReal || m->cls == kComplex))
+    m = MatSetName(MatInv(m, MatFrobNorm(m) * eps), m->name);
   return Unary(f, m, Same, [&]<class T>(Type<T>, Matrix *c) {
     // Binary powering: c collects the odd factors, base is squared; scratch
     // holds each product until it is swapped in.
@@ -282,7 +289,7 @@ Matrix *MatPow(Matrix *m, int n) {
     T *e = Entries<T>(c);
     for (long long k = 0; k < MatCount(c); k++) e[k] = T(0);
     for (int k = 0; k < m->rows; k++) e[static_cast<long long>(k) * m->cols + k] = T(1);
-    for (int p = n; p != 0; p >>= 1) {
+    for (unsigned p = power; p != 0; p >>= 1) {
       if (p & 1) {
         Product<T>(scratch, c, base);
         std::swap(c->elements, scratch->elements);

@@ -69,8 +69,8 @@ Matrix *MatScale(Matrix *m, double x);
 Matrix *MatScaleSelf(Matrix *m, double x);
 // A null z is the fatal "Scale is null complex".
 Matrix *MatScaleC(Matrix *m, Complex *z);
-// m^n for a square m and n >= 0 (m^0 is the identity of m's class); negative
-// powers need the inverse and are not available yet.
+// m^n for a square m (m^0 is the identity of m's class); a negative n is the
+// power -n of MatInv(m, MatFrobNorm(m) * eps), for real and complex m.
 Matrix *MatPow(Matrix *m, int n);
 // Each element to the power n (exact repeated products).
 Matrix *MatPowElem(Matrix *m, int n);

@@ -41,8 +41,6 @@ TEST_F(LabelsDeathTest, EveryFrontEndReportsItsExpression) {
       {[=] { MatScaleC(c, nullptr); },
        "C(2x2) * (NULL,NULL) : Scale is null complex in MatScaleC()."},
       {[=] { MatPow(w, 2); }, "W(2x3)^2 : Not a square matrix in MatPow()."},
-      {[=] { MatPow(c, -1); },
-       "C(2x2)^-1 : Negative matrix power is not available yet in MatPow()."},
       // Class codes outside 0 to 5 and the labels no other report shows.
       {[=] { MatAdd(x, a); }, "X(2x2) + A(2x2) : Incorrect class matrix in MatAdd()."},
       {[=] { MatAdd_Complex(x, z); },
