@@ -4,6 +4,7 @@
 // flops, a complex one 8.
 #include <benchmark/benchmark.h>
 
+#include <cmath>
 #include <complex>
 #include <random>
 #include <vector>
@@ -11,10 +12,14 @@
 #include "core/constructors.h"
 #include "core/matrix.h"
 #include "linalg/gemm.h"
+#include "matrix/linear.h"
 #include "matrix/operations.h"
 
 #ifdef VELK_HAVE_OPENBLAS
 #include <cblas.h>
+#endif
+#ifdef VELK_HAVE_LAPACKE
+#include <lapacke.h>
 #endif
 
 namespace {
@@ -117,6 +122,143 @@ BENCHMARK_CAPTURE(BM_MatMul, small_real, kReal)->DenseRange(2, 8, 3)->Arg(16)->A
 BENCHMARK_CAPTURE(BM_PlainLoop, small_real, kReal)->DenseRange(2, 8, 3)->Arg(16)->Arg(24)->Arg(32)->Arg(48);
 BENCHMARK_CAPTURE(BM_MatMul, small_complex, kComplex)->DenseRange(2, 8, 3)->Arg(16)->Arg(24);
 BENCHMARK_CAPTURE(BM_PlainLoop, small_complex, kComplex)->DenseRange(2, 8, 3)->Arg(16)->Arg(24);
+
+// ---- inverse, solve, determinant (n = 300) -------------------------------------------
+
+// Gauss-Jordan column by column, the row updates in a plain loop: what the
+// blocked inverse replaces.
+void PlainGaussJordan(int n, double *a) {
+  std::vector<int> perm(n);
+  for (int i = 0; i < n; i++) perm[i] = i;
+  for (int k = 0; k < n; k++) {
+    int p = k;
+    for (int i = k + 1; i < n; i++)
+      if (std::fabs(a[i * n + k]) > std::fabs(a[p * n + k])) p = i;
+    if (p != k) {
+      std::swap(perm[k], perm[p]);
+      for (int j = 0; j < n; j++) std::swap(a[k * n + j], a[p * n + j]);
+    }
+    const double pivot = a[k * n + k];
+    for (int j = 0; j < n; j++) a[k * n + j] /= pivot;
+    for (int i = 0; i < n; i++) {
+      const double f = a[i * n + k];
+      if (i == k || f == 0) continue;
+      for (int j = 0; j < n; j++) a[i * n + j] -= f * a[k * n + j];
+      a[i * n + k] = -f / pivot;
+    }
+    a[k * n + k] = 1 / pivot;
+  }
+  for (int i = 0; i < n; i++)
+    while (perm[i] != i) {
+      int j = perm[i];
+      perm[i] = perm[j];
+      perm[j] = j;
+      for (int r = 0; r < n; r++) std::swap(a[r * n + i], a[r * n + j]);
+    }
+}
+
+// An inverse counts n^3 multiply-adds (2 n^3 flops); an LU n^3 / 3.
+void BM_MatInv(benchmark::State &state, int cls) {
+  MatInit();
+  int n = static_cast<int>(state.range(0));
+  Matrix *a = RandomMatrix(n, n, cls, 5);
+  for (auto _ : state) {
+    Matrix *x = MatInv(a, 0);
+    benchmark::DoNotOptimize(x->elements);
+    MatUndef(x);
+  }
+  Rate(state, (cls == kComplex ? 4 : 1) * 2.0 * n * n * n);
+  MatUndef(a);
+}
+BENCHMARK_CAPTURE(BM_MatInv, real, kReal)->Arg(300)->Arg(100)->Arg(50)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_MatInv, complex, kComplex)->Arg(300)->Unit(benchmark::kMillisecond);
+
+void BM_PlainGaussJordan(benchmark::State &state) {
+  int n = static_cast<int>(state.range(0));
+  Matrix *a = RandomMatrix(n, n, kReal, 5);
+  std::vector<double> w(MatCount(a));
+  for (auto _ : state) {
+    std::copy(MatReal(a), MatReal(a) + MatCount(a), w.begin());
+    PlainGaussJordan(n, w.data());
+    benchmark::DoNotOptimize(w.data());
+  }
+  Rate(state, 2.0 * n * n * n);
+  MatUndef(a);
+}
+BENCHMARK(BM_PlainGaussJordan)->Arg(300)->Unit(benchmark::kMillisecond);
+
+void BM_MatLUSolve(benchmark::State &state) {
+  MatInit();
+  int n = static_cast<int>(state.range(0));
+  Matrix *a = RandomMatrix(n, n, kReal, 6), *b = RandomMatrix(n, 1, kReal, 7);
+  for (auto _ : state) {
+    Matrix *x = MatLUSolve(a, b, 0);
+    benchmark::DoNotOptimize(x->elements);
+    MatUndef(x);
+  }
+  MatUndef(a);
+  MatUndef(b);
+}
+BENCHMARK(BM_MatLUSolve)->Arg(300)->Unit(benchmark::kMillisecond);
+
+void BM_MatDeterm(benchmark::State &state) {
+  MatInit();
+  int n = static_cast<int>(state.range(0));
+  Matrix *a = RandomMatrix(n, n, kReal, 6);
+  for (auto _ : state) benchmark::DoNotOptimize(MatDeterm(a));
+  MatUndef(a);
+}
+BENCHMARK(BM_MatDeterm)->Arg(300)->Unit(benchmark::kMillisecond);
+
+#ifdef VELK_HAVE_LAPACKE
+// getrf + getri (inverse), getrf + getrs (solve), getrf (determinant), on
+// copies made inside the timing as MatInv and MatLUSolve make theirs.
+void BM_LapackInverse(benchmark::State &state, int cls) {
+  openblas_set_num_threads(1);
+  int n = static_cast<int>(state.range(0));
+  Matrix *a = RandomMatrix(n, n, cls, 5);
+  const int width = cls == kComplex ? 2 : 1;
+  std::vector<double> w(MatCount(a) * width);
+  std::vector<lapack_int> ipiv(n);
+  for (auto _ : state) {
+    std::copy(MatReal(a), MatReal(a) + MatCount(a) * width, w.begin());
+    if (cls == kReal) {
+      LAPACKE_dgetrf(LAPACK_ROW_MAJOR, n, n, w.data(), n, ipiv.data());
+      LAPACKE_dgetri(LAPACK_ROW_MAJOR, n, w.data(), n, ipiv.data());
+    } else {
+      auto *z = reinterpret_cast<lapack_complex_double *>(w.data());
+      LAPACKE_zgetrf(LAPACK_ROW_MAJOR, n, n, z, n, ipiv.data());
+      LAPACKE_zgetri(LAPACK_ROW_MAJOR, n, z, n, ipiv.data());
+    }
+    benchmark::DoNotOptimize(w.data());
+  }
+  Rate(state, (cls == kComplex ? 4 : 1) * 2.0 * n * n * n);
+  MatUndef(a);
+}
+BENCHMARK_CAPTURE(BM_LapackInverse, real, kReal)->Arg(300)->Arg(100)->Arg(50)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_LapackInverse, complex, kComplex)->Arg(300)->Unit(benchmark::kMillisecond);
+
+void BM_LapackSolve(benchmark::State &state, bool with_solve) {
+  openblas_set_num_threads(1);
+  int n = static_cast<int>(state.range(0));
+  Matrix *a = RandomMatrix(n, n, kReal, 6), *b = RandomMatrix(n, 1, kReal, 7);
+  std::vector<double> w(MatCount(a)), x(n);
+  std::vector<lapack_int> ipiv(n);
+  for (auto _ : state) {
+    std::copy(MatReal(a), MatReal(a) + MatCount(a), w.begin());
+    std::copy(MatReal(b), MatReal(b) + n, x.begin());
+    LAPACKE_dgetrf(LAPACK_ROW_MAJOR, n, n, w.data(), n, ipiv.data());
+    if (with_solve)
+      LAPACKE_dgetrs(LAPACK_ROW_MAJOR, 'N', n, 1, w.data(), n, ipiv.data(), x.data(), 1);
+    benchmark::DoNotOptimize(x.data());
+    benchmark::DoNotOptimize(w.data());
+  }
+  MatUndef(a);
+  MatUndef(b);
+}
+BENCHMARK_CAPTURE(BM_LapackSolve, getrf_getrs, true)->Arg(300)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_LapackSolve, getrf, false)->Arg(300)->Unit(benchmark::kMillisecond);
+#endif
 
 }  // namespace
 

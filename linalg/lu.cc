@@ -15,7 +15,7 @@ namespace velk_linalg {
 namespace {
 
 // Columns per panel. Small matrices are eliminated column by column.
-constexpr int kPanel = 32;
+constexpr int kPanel = 16;
 constexpr int kBlockedFrom = 96;
 
 // Row i >= k of largest magnitude in column k (first of equals wins).
@@ -43,7 +43,7 @@ void SwapRows(T *a, long lda, int r1, int r2, int c0, int w) {
 // row_i[0 .. w) -= f * row_k[0 .. w)
 template <class T>
 inline void Axpy(int w, T f, const T *__restrict x, T *__restrict y) {
-  for (int j = 0; j < w; j++) y[j] -= f * x[j];
+  for (int j = 0; j < w; j++) y[j] -= Mul(f, x[j]);
 }
 
 // ---- LU ----------------------------------------------------------------------------
@@ -184,7 +184,7 @@ bool EliminatePanel(int n, T *s, double tolerance, double floor, Panel<T> &pan, 
     }
     const T inv = T(1) / pivot;
     T *rk = s + k * n + k0;
-    for (int j = 0; j < kb; j++) rk[j] *= inv;
+    for (int j = 0; j < kb; j++) rk[j] = Mul(rk[j], inv);
     for (int i = 0; i < n; i++) {
       T *ri = s + i * n + k0;
       const T fi = i == k ? T(0) : ri[kk];
@@ -226,7 +226,7 @@ void PanelTransform(int n, const Panel<T> &pan, std::vector<T> &g) {
     SwapRows(g.data(), kb, k, pan.rows[kk], 0, kb);
     T *gk = g.data() + k * kb;
     const T inv = T(1) / pan.pivot[kk];
-    for (int j = 0; j < kb; j++) gk[j] *= inv;
+    for (int j = 0; j < kb; j++) gk[j] = Mul(gk[j], inv);
     for (int i = 0; i < n; i++) {
       const T fi = pan.f[i * kb + kk];
       if (fi != T(0)) Axpy(kb, fi, gk, g.data() + i * kb);

@@ -46,7 +46,7 @@ double InverseRatio(const Dense<T> &a, T *det = nullptr) {
 template <class T>
 void FactorsAndInversesHoldTheirResiduals() {
   unsigned seed = 10;
-  // Square sizes either side of the panel width (32) and of the size from
+  // Square sizes either side of the panel width (16) and of the size from
   // which the inverse works by panels (96), tall and wide shapes.
   for (auto [m, n] : std::vector<std::pair<int, int>>{
            {1, 1}, {2, 2}, {5, 5}, {33, 33}, {95, 95}, {96, 96}, {131, 131}, {200, 200},
