@@ -175,6 +175,21 @@ int Above(const std::vector<double> &s, int count, double tolerance) {
   return r;
 }
 
+// The checks of a one-operand front: a real or complex class and, when asked,
+// at least one row and one column. False after the (fatal) report.
+template <class F>
+bool Accepts(const F &front, Matrix *a, bool nonempty) {
+  if (nonempty && IsEmpty(a)) {
+    front.Fail("Zero-size matrix", a);
+    return false;
+  }
+  if (!IsMatrixClass(a)) {
+    front.BadClass(a);
+    return false;
+  }
+  return true;
+}
+
 // A temporary named like m (so reports about it show the user's name).
 Matrix *NamedLike(Matrix *copy, Matrix *m) { return MatSetName(copy, m->name); }
 
@@ -187,14 +202,7 @@ void C_Mat_LU(Matrix *a, Matrix *l, Matrix *u, int *pivots) { LuKernel(a, l, u, 
 
 void MatLU(Matrix *a, Matrix *l, Matrix *u, Matrix *p) {
   Front f{"MatLU()", [=] { Label1("lu(%s(%dx%d))", a); }};
-  if (IsEmpty(a)) {
-    f.Fail("Zero-size matrix", a);
-    return;
-  }
-  if (!IsMatrixClass(a)) {
-    f.BadClass(a);
-    return;
-  }
+  if (!Accepts(f, a, true)) return;
   const bool real = ImagPartsZero(a);
   Matrix *x = real ? RealOf(a) : a;
   Matrix *lm = MatDef("", 0, 0), *um = MatDef("", 0, 0);
@@ -352,10 +360,7 @@ Complex *C_MatDeterm(Matrix *a) {
 
 double MatFrobNorm(Matrix *a) {
   Front f{"MatFrobNorm()", [=] { Label1("frobnorm(%s(%dx%d))", a); }};
-  if (!IsMatrixClass(a)) {
-    f.BadClass(a);
-    return 0;
-  }
+  if (!Accepts(f, a, false)) return 0;
   double norm = 0;
   ByElementType(a->cls, [&]<class T>(Type<T>) {
     norm = velk_linalg::Norm(MatCount(a), Entries<T>(a));
@@ -365,10 +370,7 @@ double MatFrobNorm(Matrix *a) {
 
 void MatSVD(Matrix *a, Matrix *u, Matrix *s, Matrix *v) {
   Front f{"MatSVD()", [=] { Label1("svd(%s(%dx%d))", a); }};
-  if (!IsMatrixClass(a)) {
-    f.BadClass(a);
-    return;
-  }
+  if (!Accepts(f, a, false)) return;
   Decomposition d = Decompose(a, true);
   Matrix *sm = MatZDef2(a->rows, a->cols);
   for (int k = 0; k < static_cast<int>(d.s.size()); k++) MatReal(sm)[k * a->cols + k] = d.s[k];
@@ -379,7 +381,7 @@ void MatSVD(Matrix *a, Matrix *u, Matrix *s, Matrix *v) {
 
 Matrix *MatSingVal(Matrix *a) {
   Front f{"MatSingVal()", [=] { Label1("singval(%s(%dx%d))", a); }};
-  if (!IsMatrixClass(a)) return f.BadClass(a);
+  if (!Accepts(f, a, false)) return MatDef("", 0, 0);
   Decomposition d = Decompose(a, false);
   Matrix *s = MatDef("", static_cast<int>(d.s.size()), 1);
   std::copy(d.s.begin(), d.s.end(), MatReal(s));
@@ -404,8 +406,7 @@ Matrix *MatPseudoInv(Matrix *a, double tolerance) {
   const double tol = DefaultTolerance(a, tolerance);
   Front f{"MatPseudoInv()",
           [=] { MatSetMessage("pseudoinv(%s(%dx%d), %G)", a->name, a->rows, a->cols, tol); }};
-  if (IsEmpty(a)) return f.Fail("Zero-size matrix", a);
-  if (!IsMatrixClass(a)) return f.BadClass(a);
+  if (!Accepts(f, a, true)) return MatDef("", 0, 0);
   const int m = a->rows, n = a->cols;
   Decomposition d = Decompose(a, true);
   const int r = std::fabs(d.s[0]) <= tol ? 0 : Above(d.s, static_cast<int>(d.s.size()), tol);
@@ -430,8 +431,7 @@ Matrix *MatKernel(Matrix *a, double tolerance) {
   const double tol = DefaultTolerance(a, tolerance);
   Front f{"MatKernel()",
           [=] { MatSetMessage("kernel(%s(%dx%d), %G)", a->name, a->rows, a->cols, tol); }};
-  if (IsEmpty(a)) return f.Fail("Zero-size matrix", a);
-  if (!IsMatrixClass(a)) return f.BadClass(a);
+  if (!Accepts(f, a, true)) return MatDef("", 0, 0);
   const int rows = a->rows, n = a->cols;
   // A wide matrix is extended below by zero rows to n x n.
   Matrix *x = a;
@@ -463,14 +463,7 @@ Matrix *MatKernel(Matrix *a, double tolerance) {
 
 void MatQR(Matrix *a, Matrix *q, Matrix *r) {
   Front f{"MatQR()", [=] { Label1("qr(%s(%dx%d))", a); }};
-  if (IsEmpty(a)) {
-    f.Fail("Zero-size matrix", a);
-    return;
-  }
-  if (!IsMatrixClass(a)) {
-    f.BadClass(a);
-    return;
-  }
+  if (!Accepts(f, a, true)) return;
   Matrix *qm = MatSameClassDef(a, a->rows, a->rows), *rm = MatSameDef(a);
   ByElementType(a->cls, [&]<class T>(Type<T>) {
     velk_linalg::HouseholderQr(a->rows, a->cols, Entries<T>(a), a->cols, Entries<T>(qm),
