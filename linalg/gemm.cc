@@ -247,19 +247,34 @@ inline Complexd MulAdd(Complexd c, Complexd a, Complexd b) {
 }
 
 // Order i, k, j: the inner loop runs along rows of b and c, so no stride of a
-// column is taken there.
-template <class T>
-void Plain(GemmMode mode, int m, int n, int k, const T *a, long lda, const T *b, long ldb, T *c,
-           long ldc) {
+// column is taken there. Subtract negates each a(i, p) (exactly).
+template <class T, bool kSubtract>
+[[gnu::always_inline]] inline void PlainUpdate(int m, int n, int k, const T *__restrict a,
+                                               long lda, const T *__restrict b, long ldb,
+                                               T *__restrict c, long ldc) {
   for (int i = 0; i < m; i++) {
-    T *ci = c + i * ldc;
-    if (mode == GemmMode::kSet) std::fill_n(ci, n, T(0));
+    T *__restrict ci = c + i * ldc;
     for (int p = 0; p < k; p++) {
-      const T aip = mode == GemmMode::kSub ? -a[i * lda + p] : a[i * lda + p];
-      const T *bp = b + p * ldb;
+      const T aip = kSubtract ? -a[i * lda + p] : a[i * lda + p];
+      const T *__restrict bp = b + p * ldb;
       for (int j = 0; j < n; j++) ci[j] = MulAdd(ci[j], aip, bp[j]);
     }
   }
+}
+
+template <class T>
+[[gnu::always_inline]] inline void Plain(GemmMode mode, int m, int n, int k, const T *a, long lda,
+                                         const T *b, long ldb, T *c, long ldc) {
+  if (mode == GemmMode::kSet) {
+    if (ldc == n)
+      std::fill_n(c, static_cast<long>(m) * n, T(0));
+    else
+      for (int i = 0; i < m; i++) std::fill_n(c + i * ldc, n, T(0));
+  }
+  if (mode == GemmMode::kSub)
+    PlainUpdate<T, true>(m, n, k, a, lda, b, ldb, c, ldc);
+  else
+    PlainUpdate<T, false>(m, n, k, a, lda, b, ldb, c, ldc);
 }
 
 // Below these the packing costs more than it saves (measured in
@@ -267,17 +282,27 @@ void Plain(GemmMode mode, int m, int n, int k, const T *a, long lda, const T *b,
 bool Small(long long m, long long n, long long k) {
   return m * n * k <= 2048 || m < 4 || n < 4;
 }
+// Below this even the call to a vector copy of the loop is not worth it.
+bool Tiny(long long m, long long n, long long k) { return m * n * k <= 128; }
 
 }  // namespace
 
 // ---- entries ---------------------------------------------------------------------
 
-void GemmPlain(GemmMode mode, int m, int n, int k, const double *a, long lda, const double *b,
-               long ldb, double *c, long ldc) {
+// The plain loop is compiled twice, for the baseline and for x86-64-v3 (AVX2
+// and FMA); the loader picks the copy this processor runs.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+#define VELK_PLAIN_CLONES __attribute__((target_clones("arch=x86-64-v3", "default")))
+#else
+#define VELK_PLAIN_CLONES
+#endif
+
+VELK_PLAIN_CLONES void GemmPlain(GemmMode mode, int m, int n, int k, const double *a, long lda,
+                                 const double *b, long ldb, double *c, long ldc) {
   Plain(mode, m, n, k, a, lda, b, ldb, c, ldc);
 }
-void GemmPlain(GemmMode mode, int m, int n, int k, const Complexd *a, long lda,
-               const Complexd *b, long ldb, Complexd *c, long ldc) {
+VELK_PLAIN_CLONES void GemmPlain(GemmMode mode, int m, int n, int k, const Complexd *a, long lda,
+                                 const Complexd *b, long ldb, Complexd *c, long ldc) {
   Plain(mode, m, n, k, a, lda, b, ldb, c, ldc);
 }
 
@@ -292,17 +317,25 @@ void GemmBlocked(GemmMode mode, int m, int n, int k, const Complexd *a, long lda
           reinterpret_cast<double *>(c), 2 * ldc);
 }
 
-void Gemm(GemmMode mode, int m, int n, int k, const double *a, long lda, const double *b,
-          long ldb, double *c, long ldc) {
-  if (Small(m, n, k))
+// The entries run tiny products inline, as scalar loops (short trip counts
+// gain nothing from vectors and lose the set-up).
+#define VELK_SCALAR __attribute__((optimize("no-tree-vectorize")))
+
+VELK_SCALAR void Gemm(GemmMode mode, int m, int n, int k, const double *a, long lda,
+                      const double *b, long ldb, double *c, long ldc) {
+  if (Tiny(m, n, k))
+    Plain(mode, m, n, k, a, lda, b, ldb, c, ldc);
+  else if (Small(m, n, k))
     GemmPlain(mode, m, n, k, a, lda, b, ldb, c, ldc);
   else
     GemmBlocked(mode, m, n, k, a, lda, b, ldb, c, ldc);
 }
-void Gemm(GemmMode mode, int m, int n, int k, const Complexd *a, long lda, const Complexd *b,
-          long ldb, Complexd *c, long ldc) {
+VELK_SCALAR void Gemm(GemmMode mode, int m, int n, int k, const Complexd *a, long lda,
+                      const Complexd *b, long ldb, Complexd *c, long ldc) {
   // A complex multiply-add is four real ones.
-  if (Small(m, 2LL * n, 2LL * k))
+  if (Tiny(m, 2LL * n, 2LL * k))
+    Plain(mode, m, n, k, a, lda, b, ldb, c, ldc);
+  else if (Small(m, 2LL * n, 2LL * k))
     GemmPlain(mode, m, n, k, a, lda, b, ldb, c, ldc);
   else
     GemmBlocked(mode, m, n, k, a, lda, b, ldb, c, ldc);

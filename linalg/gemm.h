@@ -1,7 +1,7 @@
 // Dense matrix products on raw row-major arrays.
 //
 // C (m x n) is A (m x k) times B (k x n); lda, ldb and ldc are the distances,
-// in elements, between the starts of two rows. Complex arrays hold (re, im)
+// in elements, between the starts of two rows. C must not overlap A or B. Complex arrays hold (re, im)
 // pairs. Large products are cache blocked (packed panels of A and B, a
 // register-blocked tile kernel) and run the widest vector path this machine
 // supports, chosen once at run time; small ones take the plain loop, which
