@@ -27,6 +27,11 @@ namespace velk_linalg {
 namespace {
 
 constexpr int kMaxSweeps = 80;
+// A column whose squared norm falls below this (the matrix is scaled to a
+// largest magnitude near 1) is set to zero: rotations against larger columns
+// keep shrinking such a column towards subnormal numbers, where its inner
+// products lose their digits and the rotations would stop being unitary.
+constexpr double kNegligible = 1e-200;
 
 // Rotates the rows of w (n x n) in pairs; vt (n x n, or null) takes the same
 // rotations.
@@ -45,8 +50,12 @@ void Rotate(int n, T *w, T *vt) {
           beta += Norm2(wq[i]);
           gamma += Conj(wp[i]) * wq[i];
         }
+        if (alpha < kNegligible) std::fill(wp, wp + n, T(0));
+        if (beta < kNegligible) std::fill(wq, wq + n, T(0));
         const double g = Modulus(gamma);
-        if (alpha == 0 || beta == 0 || !(g > tol * std::sqrt(alpha) * std::sqrt(beta))) continue;
+        if (alpha < kNegligible || beta < kNegligible ||
+            !(g > tol * std::sqrt(alpha) * std::sqrt(beta)))
+          continue;
         rotated = true;
         const double zeta = (beta - alpha) / (2 * g);
         const double t = (zeta < 0 ? -1.0 : 1.0) / (std::fabs(zeta) + std::hypot(1.0, zeta));

@@ -87,6 +87,19 @@ void DecompositionsHold() {
 TEST(SvdQr, RealDecompositionsHold) { DecompositionsHold<double>(); }
 TEST(SvdQr, ComplexDecompositionsHold) { DecompositionsHold<Cx>(); }
 
+// Regression: in a square matrix of low rank the surplus columns shrink at
+// every sweep towards subnormal norms, where the complex rotations stopped
+// being unitary (V lost orthogonality to 1e-2).
+TEST(SvdQr, SurplusColumnsOfLowRankStayOrthonormal) {
+  for (unsigned seed = 1; seed <= 6; seed++) {
+    Dense<Cx> wide = LowRank<Cx>(8, 12, 3, seed), square(12, 12);
+    std::copy(wide.a.begin(), wide.a.end(), square.a.begin());
+    std::vector<double> sv = SvdHolds(square);
+    EXPECT_LT(sv[3], 1e-13 * sv[0]);
+    SvdHolds(LowRank<double>(12, 12, 3, seed));
+  }
+}
+
 TEST(SvdQr, KnownValues) {
   // [[3, 0], [4, 5]]: A'A has eigenvalues 45 and 5.
   Dense<double> a(2, 2);
