@@ -9,6 +9,7 @@
 #include "core/report.h"
 #include "core/scope.h"
 #include "core/text.h"
+#include "linalg/elements.h"
 #include "linalg/expm.h"
 #include "linalg/fft.h"
 #include "linalg/funm.h"

@@ -18,7 +18,7 @@
 #ifdef VELK_HAVE_OPENBLAS
 #include <cblas.h>
 #endif
-#ifdef VELK_HAVE_LAPACKE
+#if defined(VELK_HAVE_LAPACKE) && defined(VELK_HAVE_OPENBLAS)
 #include <lapacke.h>
 #endif
 
@@ -210,7 +210,7 @@ void BM_MatDeterm(benchmark::State &state) {
 }
 BENCHMARK(BM_MatDeterm)->Arg(300)->Unit(benchmark::kMillisecond);
 
-#ifdef VELK_HAVE_LAPACKE
+#if defined(VELK_HAVE_LAPACKE) && defined(VELK_HAVE_OPENBLAS)
 // getrf + getri (inverse), getrf + getrs (solve), getrf (determinant), on
 // copies made inside the timing as MatInv and MatLUSolve make theirs.
 void BM_LapackInverse(benchmark::State &state, int cls) {
