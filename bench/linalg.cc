@@ -46,7 +46,9 @@ double ProductFlops(int n, int cls) { return (cls == kComplex ? 8.0 : 2.0) * n *
 struct Operands {
   Matrix *a, *b, *c;
   Operands(int n, int cls)
-      : a(RandomMatrix(n, n, cls, 1)), b(RandomMatrix(n, n, cls, 2)), c(RandomMatrix(n, n, cls, 3)) {}
+      : a(RandomMatrix(n, n, cls, 1)),
+        b(RandomMatrix(n, n, cls, 2)),
+        c(RandomMatrix(n, n, cls, 3)) {}
   ~Operands() {
     MatUndef(a);
     MatUndef(b);
@@ -118,8 +120,18 @@ BENCHMARK_CAPTURE(BM_PlainLoop, complex, kComplex)
     ->Arg(256)
     ->Unit(benchmark::kMillisecond);
 // Small products: the size where the blocked product takes over.
-BENCHMARK_CAPTURE(BM_MatMul, small_real, kReal)->DenseRange(2, 8, 3)->Arg(16)->Arg(24)->Arg(32)->Arg(48);
-BENCHMARK_CAPTURE(BM_PlainLoop, small_real, kReal)->DenseRange(2, 8, 3)->Arg(16)->Arg(24)->Arg(32)->Arg(48);
+BENCHMARK_CAPTURE(BM_MatMul, small_real, kReal)
+    ->DenseRange(2, 8, 3)
+    ->Arg(16)
+    ->Arg(24)
+    ->Arg(32)
+    ->Arg(48);
+BENCHMARK_CAPTURE(BM_PlainLoop, small_real, kReal)
+    ->DenseRange(2, 8, 3)
+    ->Arg(16)
+    ->Arg(24)
+    ->Arg(32)
+    ->Arg(48);
 BENCHMARK_CAPTURE(BM_MatMul, small_complex, kComplex)->DenseRange(2, 8, 3)->Arg(16)->Arg(24);
 BENCHMARK_CAPTURE(BM_PlainLoop, small_complex, kComplex)->DenseRange(2, 8, 3)->Arg(16)->Arg(24);
 
@@ -170,7 +182,11 @@ void BM_MatInv(benchmark::State &state, int cls) {
   Rate(state, (cls == kComplex ? 4 : 1) * 2.0 * n * n * n);
   MatUndef(a);
 }
-BENCHMARK_CAPTURE(BM_MatInv, real, kReal)->Arg(300)->Arg(100)->Arg(50)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_MatInv, real, kReal)
+    ->Arg(300)
+    ->Arg(100)
+    ->Arg(50)
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_MatInv, complex, kComplex)->Arg(300)->Unit(benchmark::kMillisecond);
 
 void BM_PlainGaussJordan(benchmark::State &state) {
@@ -235,7 +251,11 @@ void BM_LapackInverse(benchmark::State &state, int cls) {
   Rate(state, (cls == kComplex ? 4 : 1) * 2.0 * n * n * n);
   MatUndef(a);
 }
-BENCHMARK_CAPTURE(BM_LapackInverse, real, kReal)->Arg(300)->Arg(100)->Arg(50)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_LapackInverse, real, kReal)
+    ->Arg(300)
+    ->Arg(100)
+    ->Arg(50)
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_LapackInverse, complex, kComplex)->Arg(300)->Unit(benchmark::kMillisecond);
 
 void BM_LapackSolve(benchmark::State &state, bool with_solve) {

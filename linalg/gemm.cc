@@ -59,7 +59,7 @@ template <class V, int MR, int NV>
         V *q = reinterpret_cast<V *>(c + i * ldc + j * W);
         V old;
         std::memcpy(&old, q, sizeof old);
-        V val = mode == GemmMode::kSet ? acc[i][j]
+        V val = mode == GemmMode::kSet   ? acc[i][j]
                 : mode == GemmMode::kAdd ? old + acc[i][j]
                                          : old - acc[i][j];
         std::memcpy(q, &val, sizeof val);
@@ -77,8 +77,8 @@ template <class V, int MR, int NV>
     }
 }
 
-using TileFunction = void (*)(int kc, const double *a, const double *b, double *c, long ldc,
-                              int mr, int nr, GemmMode mode);
+using TileFunction = void (*)(int kc, const double *a, const double *b, double *c, long ldc, int mr,
+                              int nr, GemmMode mode);
 
 // One vector path: its tile shape, its block sizes (the B panel of kc x nr in
 // L1, the packed A block of mc x kc in L2) and its kernel.
@@ -96,14 +96,14 @@ void TilePortable(int kc, const double *a, const double *b, double *c, long ldc,
 #if defined(__x86_64__) || defined(__i386__)
 // Sixteen vector registers: 6 x 8 keeps twelve accumulators.
 __attribute__((target("avx2,fma"))) void TileAvx2(int kc, const double *a, const double *b,
-                                                   double *c, long ldc, int mr, int nr,
-                                                   GemmMode mode) {
+                                                  double *c, long ldc, int mr, int nr,
+                                                  GemmMode mode) {
   TileKernel<V4, 6, 2>(kc, a, b, c, ldc, mr, nr, mode);
 }
 // Thirty-two registers: 12 x 16 keeps twenty-four.
 __attribute__((target("avx512f,avx2,fma"))) void TileAvx512(int kc, const double *a,
-                                                             const double *b, double *c, long ldc,
-                                                             int mr, int nr, GemmMode mode) {
+                                                            const double *b, double *c, long ldc,
+                                                            int mr, int nr, GemmMode mode) {
   TileKernel<V8, 12, 2>(kc, a, b, c, ldc, mr, nr, mode);
 }
 #endif
@@ -249,9 +249,9 @@ inline Complexd MulAdd(Complexd c, Complexd a, Complexd b) {
 // Order i, k, j: the inner loop runs along rows of b and c, so no stride of a
 // column is taken there. Subtract negates each a(i, p) (exactly).
 template <class T, bool kSubtract>
-[[gnu::always_inline]] inline void PlainUpdate(int m, int n, int k, const T *__restrict a,
-                                               long lda, const T *__restrict b, long ldb,
-                                               T *__restrict c, long ldc) {
+[[gnu::always_inline]] inline void PlainUpdate(int m, int n, int k, const T *__restrict a, long lda,
+                                               const T *__restrict b, long ldb, T *__restrict c,
+                                               long ldc) {
   for (int i = 0; i < m; i++) {
     T *__restrict ci = c + i * ldc;
     for (int p = 0; p < k; p++) {
@@ -279,9 +279,7 @@ template <class T>
 
 // Below these the packing costs more than it saves (measured in
 // bench/linalg.cc): few multiply-adds, or a C too thin for a tile.
-bool Small(long long m, long long n, long long k) {
-  return m * n * k <= 2048 || m < 4 || n < 4;
-}
+bool Small(long long m, long long n, long long k) { return m * n * k <= 2048 || m < 4 || n < 4; }
 // Below this even the call to a vector copy of the loop is not worth it.
 bool Tiny(long long m, long long n, long long k) { return m * n * k <= 128; }
 
@@ -310,11 +308,11 @@ void GemmBlocked(GemmMode mode, int m, int n, int k, const double *a, long lda, 
                  long ldb, double *c, long ldc) {
   Blocked(mode, m, n, k, a, lda, RealRows{b, ldb}, c, ldc);
 }
-void GemmBlocked(GemmMode mode, int m, int n, int k, const Complexd *a, long lda,
-                 const Complexd *b, long ldb, Complexd *c, long ldc) {
+void GemmBlocked(GemmMode mode, int m, int n, int k, const Complexd *a, long lda, const Complexd *b,
+                 long ldb, Complexd *c, long ldc) {
   Blocked(mode, m, 2 * n, 2 * k, reinterpret_cast<const double *>(a), 2 * lda,
-          ComplexRows{reinterpret_cast<const double *>(b), 2 * ldb},
-          reinterpret_cast<double *>(c), 2 * ldc);
+          ComplexRows{reinterpret_cast<const double *>(b), 2 * ldb}, reinterpret_cast<double *>(c),
+          2 * ldc);
 }
 
 // The entries run tiny products inline, as scalar loops (short trip counts

@@ -331,8 +331,7 @@ bool BackSubstitute(int n, int k, const Complexd *t, long ldt, Complexd *b, long
 InverseStatus GaussJordanInvert(int n, double *a, double tolerance, double floor, double *det) {
   return Invert(n, a, tolerance, floor, det);
 }
-InverseStatus GaussJordanInvert(int n, Complexd *a, double tolerance, double floor,
-                                Complexd *det) {
+InverseStatus GaussJordanInvert(int n, Complexd *a, double tolerance, double floor, Complexd *det) {
   return Invert(n, a, tolerance, floor, det);
 }
 

@@ -43,8 +43,7 @@ bool ForwardSubstitute(int n, int k, const double *t, long ldt, double *b, long 
                        double tolerance, bool unit_diagonal = false);
 bool ForwardSubstitute(int n, int k, const Complexd *t, long ldt, Complexd *b, long ldb,
                        double tolerance, bool unit_diagonal = false);
-bool BackSubstitute(int n, int k, const double *t, long ldt, double *b, long ldb,
-                    double tolerance);
+bool BackSubstitute(int n, int k, const double *t, long ldt, double *b, long ldb, double tolerance);
 bool BackSubstitute(int n, int k, const Complexd *t, long ldt, Complexd *b, long ldb,
                     double tolerance);
 
@@ -64,8 +63,7 @@ struct InverseStatus {
 // reaching the other columns as one product each; the pivots are those of the
 // column-by-column elimination.
 InverseStatus GaussJordanInvert(int n, double *a, double tolerance, double floor, double *det);
-InverseStatus GaussJordanInvert(int n, Complexd *a, double tolerance, double floor,
-                                Complexd *det);
+InverseStatus GaussJordanInvert(int n, Complexd *a, double tolerance, double floor, Complexd *det);
 
 }  // namespace velk_linalg
 

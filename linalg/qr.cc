@@ -59,7 +59,8 @@ void Qr(int m, int n, const T *a, long lda, T *q, T *r) {
     std::fill(q, q + static_cast<long>(m) * m, T(0));
     for (int i = 0; i < m; i++) q[static_cast<long>(i) * m + i] = T(1);
     for (int k = p - 1; k >= 0; k--)
-      if (taus[k] != 0) Reflect(us.data() + static_cast<long>(k) * m, m - k, taus[k], q, m, k, k, m - k, work);
+      if (taus[k] != 0)
+        Reflect(us.data() + static_cast<long>(k) * m, m - k, taus[k], q, m, k, k, m - k, work);
   }
   for (int k = 0; k < p; k++) {
     T *rk = r + static_cast<long>(k) * n;
@@ -77,8 +78,8 @@ void Qr(int m, int n, const T *a, long lda, T *q, T *r) {
 void HouseholderQr(int m, int n, const double *a, long lda, double *q, double *r) {
   Qr(m, n, a, lda, q, r);
 }
-void HouseholderQr(int m, int n, const std::complex<double> *a, long lda,
-                   std::complex<double> *q, std::complex<double> *r) {
+void HouseholderQr(int m, int n, const std::complex<double> *a, long lda, std::complex<double> *q,
+                   std::complex<double> *r) {
   Qr(m, n, a, lda, q, r);
 }
 

@@ -10,8 +10,8 @@ namespace velk_linalg {
 // r receives R (m x n, ld n, zero below the diagonal) with R(k, k) real and
 // non-negative for k < min(m, n). q may be null when only R is wanted.
 void HouseholderQr(int m, int n, const double *a, long lda, double *q, double *r);
-void HouseholderQr(int m, int n, const std::complex<double> *a, long lda,
-                   std::complex<double> *q, std::complex<double> *r);
+void HouseholderQr(int m, int n, const std::complex<double> *a, long lda, std::complex<double> *q,
+                   std::complex<double> *r);
 
 }  // namespace velk_linalg
 

@@ -147,7 +147,8 @@ void Tall(int m, int n, const T *a, long lda, double *s, T *u, T *v) {
     std::copy(q.begin() + static_cast<long>(i) * m + n, q.begin() + static_cast<long>(i + 1) * m,
               u + static_cast<long>(i) * m + n);
   for (int i = 0; i < n; i++)
-    for (int j = 0; j < n; j++) v[static_cast<long>(i) * n + j] = vt[static_cast<long>(order[j]) * n + i];
+    for (int j = 0; j < n; j++)
+      v[static_cast<long>(i) * n + j] = vt[static_cast<long>(order[j]) * n + i];
 }
 
 template <class T>
@@ -195,8 +196,8 @@ void Decompose(int m, int n, const T *a, long lda, double *s, T *u, T *v) {
 void Svd(int m, int n, const double *a, long lda, double *s, double *u, double *v) {
   Decompose(m, n, a, lda, s, u, v);
 }
-void Svd(int m, int n, const std::complex<double> *a, long lda, double *s,
-         std::complex<double> *u, std::complex<double> *v) {
+void Svd(int m, int n, const std::complex<double> *a, long lda, double *s, std::complex<double> *u,
+         std::complex<double> *v) {
   Decompose(m, n, a, lda, s, u, v);
 }
 

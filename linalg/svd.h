@@ -11,8 +11,8 @@ namespace velk_linalg {
 // columns, the singular vectors first. u and v may both be null when only the
 // values are wanted. Non-finite elements give NaN values.
 void Svd(int m, int n, const double *a, long lda, double *s, double *u, double *v);
-void Svd(int m, int n, const std::complex<double> *a, long lda, double *s,
-         std::complex<double> *u, std::complex<double> *v);
+void Svd(int m, int n, const std::complex<double> *a, long lda, double *s, std::complex<double> *u,
+         std::complex<double> *v);
 
 }  // namespace velk_linalg
 

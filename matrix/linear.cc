@@ -117,27 +117,44 @@ void ReportSingular(const char *location, Matrix *a, double tolerance, int count
 
 // ---- substitution ------------------------------------------------------------------
 
+// The checks of the square solves (a square, b with as many rows, both real
+// or complex), then a real operand beside a complex one made complex. False
+// after the (fatal) report.
+template <class F>
+bool SolveOperands(const F &front, Matrix *&a, Matrix *&b) {
+  if (a->rows != a->cols) {
+    front.Fail("Not a square matrix", a, b);
+    return false;
+  }
+  if (b->rows != a->rows) {
+    front.Fail("Row number is not same", a, b);
+    return false;
+  }
+  if (!IsMatrixClass(a) || !IsMatrixClass(b)) {
+    front.BadClass(a, b);
+    return false;
+  }
+  if (a->cls != b->cls) {
+    a = Complexified(a);
+    b = Complexified(b);
+  }
+  return true;
+}
+
 // X = T \ B for the lower (forward) or upper triangle of t: the checks of
 // MatForSub and MatBackSub, then the kernel; an empty result when it fails.
 Matrix *Substitute(const char *location, Matrix *t, Matrix *b, double tolerance, bool forward) {
   Front f{location, [=] { Label2("%s(%dx%d) \\ %s(%dx%d)", t, b); }};
   if (IsEmpty(t) || IsEmpty(b)) return f.Fail("Zero-size matrix", t, b);
-  if (t->rows != t->cols) return f.Fail("Not a square matrix", t, b);
-  if (b->rows != t->rows) return f.Fail("Row number is not same", t, b);
-  if (!IsMatrixClass(t) || !IsMatrixClass(b)) return f.BadClass(t, b);
-  if (t->cls != b->cls) {
-    t = Complexified(t);
-    b = Complexified(b);
-  }
+  if (!SolveOperands(f, t, b)) return MatDef("", 0, 0);
   Matrix *x = MatDup(b);
   bool ok = true;
   ByElementType(t->cls, [&]<class T>(Type<T>) {
     const T *e = Entries<T>(t);
     T *xe = Entries<T>(x);
-    ok = forward ? velk_linalg::ForwardSubstitute(t->rows, b->cols, e, t->cols, xe, b->cols,
-                                                  tolerance)
-                 : velk_linalg::BackSubstitute(t->rows, b->cols, e, t->cols, xe, b->cols,
-                                               tolerance);
+    ok = forward
+             ? velk_linalg::ForwardSubstitute(t->rows, b->cols, e, t->cols, xe, b->cols, tolerance)
+             : velk_linalg::BackSubstitute(t->rows, b->cols, e, t->cols, xe, b->cols, tolerance);
   });
   if (ok) return x;
   MatUndef(x);
@@ -221,8 +238,8 @@ void MatLU(Matrix *a, Matrix *l, Matrix *u, Matrix *p) {
 }
 
 Matrix *Mat_Inv(Matrix *result, Matrix *a, double *det, double tolerance) {
-  velk_linalg::InverseStatus status = velk_linalg::GaussJordanInvert(
-      result->rows, MatReal(result), std::fabs(tolerance), eps, det);
+  velk_linalg::InverseStatus status =
+      velk_linalg::GaussJordanInvert(result->rows, MatReal(result), std::fabs(tolerance), eps, det);
   ReportSingular("Mat_Inv()", a, tolerance, status.singular);
   return result;
 }
@@ -241,9 +258,8 @@ Matrix *C_Mat_Inv(Matrix *result, Matrix *a, ComplexValue *det, double tolerance
 }
 
 Matrix *MatInv(Matrix *a, double tolerance) {
-  Front f{"MatInv()", [=] {
-            MatSetMessage("inv(%s(%dx%d), %G)", a->name, a->rows, a->cols, tolerance);
-          }};
+  Front f{"MatInv()",
+          [=] { MatSetMessage("inv(%s(%dx%d), %G)", a->name, a->rows, a->cols, tolerance); }};
   if (a->rows != a->cols) return f.Fail("Not a square matrix", a);
   if (!IsMatrixClass(a)) return f.BadClass(a);
   if (a->rows == 0) return MatDup(a);
@@ -269,13 +285,7 @@ Matrix *MatBackSub(Matrix *u, Matrix *b, double tolerance) {
 
 Matrix *MatLUSolve(Matrix *a, Matrix *b, double tolerance) {
   Front f{"MatLUSolve()", [=] { Label2("%s(%dx%d) \\ %s(%dx%d)", a, b); }};
-  if (a->rows != a->cols) return f.Fail("Not a square matrix", a, b);
-  if (b->rows != a->rows) return f.Fail("Row number is not same", a, b);
-  if (!IsMatrixClass(a) || !IsMatrixClass(b)) return f.BadClass(a, b);
-  if (a->cls != b->cls) {
-    a = Complexified(a);
-    b = Complexified(b);
-  }
+  if (!SolveOperands(f, a, b)) return MatDef("", 0, 0);
   std::vector<int> pivots;
   Matrix *w = PackedLU(a, pivots), *x = MatDup(b);
   const int n = a->rows, k = b->cols;
@@ -435,9 +445,8 @@ Matrix *MatKernel(Matrix *a, double tolerance) {
   Matrix *x = a;
   if (rows < n) {
     x = MatSameClassZDef(a, n, n);
-    ByElementType(a->cls, [&]<class T>(Type<T>) {
-      std::copy_n(Entries<T>(a), MatCount(a), Entries<T>(x));
-    });
+    ByElementType(
+        a->cls, [&]<class T>(Type<T>) { std::copy_n(Entries<T>(a), MatCount(a), Entries<T>(x)); });
   }
   Decomposition d = Decompose(x, true);
   const int r = Above(d.s, std::min(x->rows, n), tol);

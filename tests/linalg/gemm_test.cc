@@ -1,8 +1,9 @@
 // The blocked product against the plain loop, on every vector path this
 // processor runs, on shapes that meet the tile and block edges.
+#include "linalg/gemm.h"
+
 #include <gtest/gtest.h>
 
-#include "linalg/gemm.h"
 #include "tests/linalg/dense.h"
 
 using velk_linalg::GemmMode;
@@ -57,10 +58,9 @@ TEST(Gemm, BlockedAgreesWithThePlainLoopOnEdgeShapes) {
   // Thin and prime shapes, and sizes either side of the tile heights and
   // widths (4, 6, 8, 12, 16), the depth slices (192, 256) and the A blocks
   // (64, 96, 144).
-  const int shapes[][3] = {{1, 37, 5},    {37, 1, 5},    {1, 1, 1},     {5, 7, 0},
-                           {7, 13, 31},   {13, 17, 11},  {97, 89, 3},   {11, 17, 193},
-                           {25, 33, 255}, {23, 31, 257}, {145, 17, 19}, {97, 40, 9},
-                           {63, 65, 200}, {13, 2049, 2}};
+  const int shapes[][3] = {{1, 37, 5},    {37, 1, 5},  {1, 1, 1},     {5, 7, 0},     {7, 13, 31},
+                           {13, 17, 11},  {97, 89, 3}, {11, 17, 193}, {25, 33, 255}, {23, 31, 257},
+                           {145, 17, 19}, {97, 40, 9}, {63, 65, 200}, {13, 2049, 2}};
   unsigned seed = 1;
   OnEveryPath([&] {
     for (const auto &s : shapes) {

@@ -1,8 +1,9 @@
 // LU, Gauss-Jordan inversion and the triangular solves, by residual ratios
 // on random and structured matrices, and by the pivoting rule itself.
+#include "linalg/lu.h"
+
 #include <gtest/gtest.h>
 
-#include "linalg/lu.h"
 #include "tests/linalg/dense.h"
 
 namespace {
@@ -48,9 +49,18 @@ void FactorsAndInversesHoldTheirResiduals() {
   unsigned seed = 10;
   // Square sizes either side of the panel width (16) and of the size from
   // which the inverse works by panels (96), tall and wide shapes.
-  for (auto [m, n] : std::vector<std::pair<int, int>>{
-           {1, 1}, {2, 2}, {5, 5}, {33, 33}, {95, 95}, {96, 96}, {131, 131}, {200, 200},
-           {120, 70}, {70, 120}, {1, 9}, {9, 1}}) {
+  for (auto [m, n] : std::vector<std::pair<int, int>>{{1, 1},
+                                                      {2, 2},
+                                                      {5, 5},
+                                                      {33, 33},
+                                                      {95, 95},
+                                                      {96, 96},
+                                                      {131, 131},
+                                                      {200, 200},
+                                                      {120, 70},
+                                                      {70, 120},
+                                                      {1, 9},
+                                                      {9, 1}}) {
     SCOPED_TRACE(testing::Message() << m << " x " << n);
     Dense<T> a = Random<T>(m, n, seed++);
     EXPECT_LE(LuRatio(a), 30);
@@ -74,8 +84,12 @@ void FactorsAndInversesHoldTheirResiduals() {
 
 }  // namespace
 
-TEST(Lu, RealFactorsAndInversesHoldTheirResiduals) { FactorsAndInversesHoldTheirResiduals<double>(); }
-TEST(Lu, ComplexFactorsAndInversesHoldTheirResiduals) { FactorsAndInversesHoldTheirResiduals<Cx>(); }
+TEST(Lu, RealFactorsAndInversesHoldTheirResiduals) {
+  FactorsAndInversesHoldTheirResiduals<double>();
+}
+TEST(Lu, ComplexFactorsAndInversesHoldTheirResiduals) {
+  FactorsAndInversesHoldTheirResiduals<Cx>();
+}
 
 TEST(Lu, FirstOfEqualMagnitudesIsThePivot) {
   // Column 0 has |1| = |-1| = |i|-sized ties; the upper row stays.

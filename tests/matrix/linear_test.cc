@@ -1,10 +1,11 @@
 // The linear algebra fronts: their reports, the singular warnings, the class
 // dispatch, known answers (Hilbert and Frank matrices) and the residuals of
 // the solves, divisions, pseudo-inverse, null space and decompositions.
+#include "matrix/linear.h"
+
 #include <cmath>
 #include <random>
 
-#include "matrix/linear.h"
 #include "matrix/operations.h"
 #include "tests/matrix/scenario.h"
 
@@ -81,7 +82,8 @@ TEST_F(LinearDeathTest, EveryFrontReportsItsExpression) {
          eps = 0;
          MatInv(cz, 0);
        },
-       "inv(CZ(2x2), 0)" + singular + "C_Mat_Inv().\n\ninv(CZ(2x2), 0) : Zero division in C_Mat_Inv()."},
+       "inv(CZ(2x2), 0)" + singular +
+           "C_Mat_Inv().\n\ninv(CZ(2x2), 0) : Zero division in C_Mat_Inv()."},
       {[=] { MatForSub(e, b, 0); }, "E(0x3) \\ B(2x1) : Zero-size matrix in MatForSub()."},
       {[=] { MatBackSub(a, e, 0); }, "A(2x2) \\ E(0x3) : Zero-size matrix in MatBackSub()."},
       {[=] { MatBackSub(w, b, 0); }, "W(2x3) \\ B(2x1) : Not a square matrix in MatBackSub()."},
@@ -122,7 +124,8 @@ TEST_F(Linear, SingularInversesWarnOncePerPivotAndGoOn) {
   Matrix *z = Make("Z", kReal, 2, 2);
   testing::internal::CaptureStderr();
   Matrix *x = MatInv(z, 0);
-  const std::string warning = "\ninv(Z(2x2), 0) : Singular: result may be inaccurate in Mat_Inv().\n";
+  const std::string warning =
+      "\ninv(Z(2x2), 0) : Singular: result may be inaccurate in Mat_Inv().\n";
   EXPECT_EQ(testing::internal::GetCapturedStderr(), warning + warning);
   EXPECT_TRUE(Holds(x, kReal, 2, 2, {1 / eps, 0, 0, 1 / eps}));
   // A complex matrix with zero imaginary parts takes the real kernel, and
@@ -146,8 +149,7 @@ TEST_F(Linear, InversesAndDeterminantsOfKnownMatrices) {
   // Hilbert inverses are integers, and det H3, H4, H5, H6 are 1/2160,
   // 1/6048000, 1/266716800000 and 1/186313420339200000; the condition
   // numbers (5.2e2, 1.6e4, 4.8e5, 1.5e7) bound the relative accuracy.
-  const double dets[] = {1 / 2160.0, 1 / 6048000.0, 1 / 266716800000.0,
-                         1 / 186313420339200000.0};
+  const double dets[] = {1 / 2160.0, 1 / 6048000.0, 1 / 266716800000.0, 1 / 186313420339200000.0};
   const double conds[] = {5.2e2, 1.6e4, 4.8e5, 1.5e7};
   for (int n = 3; n <= 6; n++) {
     SCOPED_TRACE(n);
@@ -180,8 +182,8 @@ TEST_F(Linear, InversesAndDeterminantsOfKnownMatrices) {
   for (int cls : {kReal, kComplex})
     for (int n : {3, 40, 130}) {
       Matrix *a = Random("A", cls, n, n, 7 * n + cls), *x = MatInv(a, 0);
-      double ratio = Distance(MatMul(a, x), Identity(n)) /
-                     (n * MaxAbs(a) * n * MaxAbs(x) * n * 2.22e-16);
+      double ratio =
+          Distance(MatMul(a, x), Identity(n)) / (n * MaxAbs(a) * n * MaxAbs(x) * n * 2.22e-16);
       EXPECT_LE(ratio, 30) << n;
       MatSweepAll();
     }
@@ -326,7 +328,8 @@ TEST_F(Linear, DecompositionsIntoOutPlaces) {
       EXPECT_LE(Distance(MatMul(MatMul(u, s), MatConjTrans(v)), a), 1e-14);
       Matrix *values = MatSingVal(a);
       EXPECT_EQ(values->rows, std::min(m, n));
-      for (int k = 0; k < std::min(m, n); k++) EXPECT_NEAR(MatReal(values)[k], MatReal(s)[k * n + k], 1e-14);
+      for (int k = 0; k < std::min(m, n); k++)
+        EXPECT_NEAR(MatReal(values)[k], MatReal(s)[k * n + k], 1e-14);
       // Q R = A, R upper triangular with a real non-negative diagonal.
       MatQR(a, u, v);
       EXPECT_EQ(u->rows, m);
