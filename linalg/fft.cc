@@ -61,7 +61,6 @@ inline const double *StageTwiddles(const double *table, int span) {
 // ---- butterflies ------------------------------------------------------------------
 
 typedef double Pair __attribute__((vector_size(32)));  // two complex values
-typedef long long PairIndex __attribute__((vector_size(32)));
 
 inline Pair Load(const double *p) {
   Pair v;
@@ -74,12 +73,12 @@ inline void Store(double *p, Pair v) { std::memcpy(p, &v, sizeof v); }
 // re = wr vr - wi vi, im = wr vi + wi vr.
 template <bool Inverse>
 inline Pair Mul(Pair v, Pair w) {
-  Pair wr = __builtin_shuffle(w, PairIndex{0, 0, 2, 2});
-  Pair wi = __builtin_shuffle(w, PairIndex{1, 1, 3, 3});
+  Pair wr = __builtin_shufflevector(w, w, 0, 0, 2, 2);
+  Pair wi = __builtin_shufflevector(w, w, 1, 1, 3, 3);
   Pair a = wr * v;
-  Pair b = wi * __builtin_shuffle(v, PairIndex{1, 0, 3, 2});
-  if (Inverse) return __builtin_shuffle(a + b, a - b, PairIndex{0, 5, 2, 7});
-  return __builtin_shuffle(a - b, a + b, PairIndex{0, 5, 2, 7});
+  Pair b = wi * __builtin_shufflevector(v, v, 1, 0, 3, 2);
+  if (Inverse) return __builtin_shufflevector(a + b, a - b, 0, 5, 2, 7);
+  return __builtin_shufflevector(a - b, a + b, 0, 5, 2, 7);
 }
 
 // (u, v) <- (u + v w, u - v w) for the two complex values at u and v.
@@ -289,7 +288,13 @@ struct RowReader {
   }
 };
 
-__attribute__((target_clones("avx2", "default"), flatten, noinline)) void PowerOfTwoRows(
+// flatten puts the butterflies into each clone (clang does not take it beside target_clones).
+#if defined(__clang__)
+#define VELK_FFT_CLONES __attribute__((target_clones("avx2", "default")))
+#else
+#define VELK_FFT_CLONES __attribute__((target_clones("avx2", "default"), flatten, noinline))
+#endif
+VELK_FFT_CLONES void PowerOfTwoRows(
     const double *in, bool in_complex, int rows, int in_cols, double *out, int n, bool inverse,
     const double *table, Reversal full, Reversal half) {
   long long in_stride = static_cast<long long>(in_cols) * (in_complex ? 2 : 1);

@@ -317,7 +317,11 @@ void GemmBlocked(GemmMode mode, int m, int n, int k, const Complexd *a, long lda
 
 // The entries run tiny products inline, as scalar loops (short trip counts
 // gain nothing from vectors and lose the set-up).
+#if defined(__clang__)
+#define VELK_SCALAR
+#else
 #define VELK_SCALAR __attribute__((optimize("no-tree-vectorize")))
+#endif
 
 VELK_SCALAR void Gemm(GemmMode mode, int m, int n, int k, const double *a, long lda,
                       const double *b, long ldb, double *c, long ldc) {
