@@ -4,6 +4,7 @@
 
 #include "core/constructors.h"
 #include "matrix/frontend.h"
+#include "matrix/linear.h"
 #include "matrix/operations.h"
 #include "matrix/polynomial_matrix.h"
 #include "scalar/poly_coef.h"
@@ -294,21 +295,30 @@ Matrix *PolyEvalMat(Polynomial *p, Matrix *a) {
   return x;
 }
 
+Matrix *RatEvalM(Rational *r, Matrix *a) {
+  Matrix *n = PolyEvalMat(r->nume, a);
+  Matrix *d = PolyEvalMat(r->deno, a);
+  Matrix *inverse = MatInv(d, MatFrobNorm(d) * eps);
+  Matrix *result = MatMul(n, inverse);
+  MatUndef(inverse);
+  MatUndef(d);
+  MatUndef(n);
+  return result;
+}
+
 Matrix *MatEvalM(Matrix *m, Matrix *a) {
   Front f{"MatEvalM()", [=] { Label2("eval(%s(%dx%d), %s(%dx%d))", m, a); }};
   if (!Evaluable(f, m)) return MatDef("", 0, 0);
   if (a->rows != a->cols) return f.Fail("Not a square matrix", m, a);
   if (!IsNumericClass(a->cls)) return f.BadClass(m, a);
-  if (IsRatClass(m->cls)) {
-    f.label();
-    return NotAvailableYet("MatEvalM()", "Rational evaluation at a matrix", m, a);
-  }
   const int n = a->rows;
   const bool complex = HasComplexValues(m->cls) || a->cls == kComplex;
   Matrix *c = complex ? C_MatZDef2(m->rows * n, m->cols * n) : MatZDef2(m->rows * n, m->cols * n);
   for (int i = 0; i < m->rows; i++)
     for (int j = 0; j < m->cols; j++) {
-      Matrix *block = PolyEvalMat(ObjAt<Polynomial>(m, static_cast<long long>(i) * m->cols + j), a);
+      const long long k = static_cast<long long>(i) * m->cols + j;
+      Matrix *block = IsRatClass(m->cls) ? RatEvalM(ObjAt<Rational>(m, k), a)
+                                         : PolyEvalMat(ObjAt<Polynomial>(m, k), a);
       Matrix *held = complex && block->cls == kReal ? MatRealToComp(block) : block;
       for (int r = 0; r < n; r++)
         MatCopySameClass(c, static_cast<long long>(i * n + r) * c->cols + j * n, held,

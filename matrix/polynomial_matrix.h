@@ -36,9 +36,8 @@ Matrix *MatEvalC(Matrix *m, Complex *z);
 Matrix *MatEvalP(Matrix *m, Polynomial *p);
 // at r: a rational matrix;
 Matrix *MatEvalR(Matrix *m, Rational *r);
-// at the square matrix a: element (i, j) becomes the block p_ij(a) of the
-// result (rows and columns times a's order); rational elements wait for the
-// matrix inverse ("Rational evaluation at a matrix is not available yet");
+// at the square matrix a: element (i, j) becomes the block p_ij(a) (or
+// r_ij(a), see RatEvalM) of the result (rows and columns times a's order);
 Matrix *MatEvalM(Matrix *m, Matrix *a);
 // at the element of a in the same place (a of m's shape, real or complex).
 Matrix *MatEvalMElem(Matrix *m, Matrix *a);
@@ -46,6 +45,9 @@ Matrix *MatEvalMElem(Matrix *m, Matrix *a);
 // p(a) by Horner's scheme over matrices: c_n I, then X a + c_k I. a square
 // ("Not a square matrix"), real or complex.
 Matrix *PolyEvalMat(Polynomial *p, Matrix *a);
+// r(a) = n(a) inv(d(a)), the inverse with tolerance |d(a)|_F eps (a singular
+// d(a) is the inverse's report).
+Matrix *RatEvalM(Rational *r, Matrix *a);
 
 // Gives every element of a polynomial or rational matrix the variable (null
 // or empty: none); any other class is "Incorrect class matrix" from

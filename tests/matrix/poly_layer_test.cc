@@ -142,6 +142,8 @@ TEST_F(Scenario, EvaluationAndScalarForms) {
   Matrix *blocks = MatEvalM(a, x);  // [X + I, X^2]
   EXPECT_TRUE(Holds(blocks, kReal, 2, 4, {2, 2, 1, 4, 0, 2, 0, 1}));
   EXPECT_TRUE(Holds(PolyEvalMat(sq, x), kReal, 2, 2, {1, 4, 0, 1}));
+  // Rational elements: n(X) inv(d(X)), here inv(X + I) and inv(X^2).
+  EXPECT_TRUE(Holds(MatEvalM(q, x), kReal, 2, 4, {0.5, -0.5, 1, -4, 0, 0.5, 0, 1}));
   // Scalar forms lift the matrix to the scalar's class.
   Matrix *r = Make("R", kReal, 1, 2, {1, 2});
   Matrix *rp = MatAdd_Polynomial(r, s);
