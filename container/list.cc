@@ -1,7 +1,9 @@
 #include "container/list.h"
 
 #include <utility>
+#include <vector>
 
+#include "container/list_walk.h"
 #include "container/string.h"
 #include "core/alloc.h"
 #include "core/matrix.h"
@@ -76,23 +78,31 @@ void Allocate(List *l, int length) {
   }
 }
 
-// A new element object equal to the given one, for copies of lists.
-void *DupObject(int cls, void *object) {
+bool IsOwnedElsewhere(int cls, void *object) {
+  // An owned record is on no list: both links are null.
   switch (cls) {
-    case kListString: return vkStringDup(static_cast<String *>(object));
-    case kListComplex: return CompDup(static_cast<Complex *>(object));
-    case kListPolynomial: return PolyDup(static_cast<Polynomial *>(object));
-    case kListRational: return RatDup(static_cast<Rational *>(object));
-    case kListMatrix:
-    case kListArray:
-    case kListIndex: return MatDup(static_cast<Matrix *>(object));
-    case kListList: return ListDup(static_cast<List *>(object));
-    default: return nullptr;
+    case kListString: return static_cast<String *>(object)->prev == nullptr;
+    case kListComplex: return static_cast<Complex *>(object)->prev == nullptr;
+    case kListPolynomial: return static_cast<Polynomial *>(object)->prev == nullptr;
+    case kListRational: return static_cast<Rational *>(object)->prev == nullptr;
+    case kListList: return static_cast<List *>(object)->prev == nullptr;
+    default: return static_cast<Matrix *>(object)->prev == nullptr;
   }
 }
 
-bool IsObjectClass(int cls) {
-  return cls == kListString || (cls >= kListComplex && cls <= kListList);
+// Whether `inner` is l or holds l at any depth: storing it in l would make
+// the list contain itself.
+bool Contains(List *inner, List *l) {
+  struct Finder {
+    List *target;
+    bool found = false;
+    void Enter(List *x) { found = found || x == target; }
+    void Before(List *, int) {}
+    void Leaf(List *, int) {}
+    void Leave(List *) {}
+  } finder{l};
+  ListWalk(inner, finder);
+  return finder.found;
 }
 
 }  // namespace
@@ -145,17 +155,15 @@ int ListOwnedStatus(int cls) {
   }
 }
 
-List *ListSetElement(List *l, int i, int cls, ListValue value) {
-  if (i < 1 || i > l->length) {
-    ListSetMessage("%s(%d) = \"\"", l->name, i);
-    ListError("ListSetElement()", "Index is out of range", l);
-    return l;
-  }
-  int k = i - 1;
+bool ListIsObjectClass(int cls) {
+  return cls == kListString || (cls >= kListComplex && cls <= kListList);
+}
+
+void ListStore(List *l, int k, int cls, ListValue value) {
   ReleaseElement(l, k);
   l->classes[k] = static_cast<short>(cls);
   l->values[k] = value;
-  if (!IsObjectClass(cls)) return l;
+  if (!ListIsObjectClass(cls)) return;
   int status = ListOwnedStatus(cls);
   switch (cls) {
     case kListString: vkStringOwn(static_cast<String *>(value.object), status); break;
@@ -165,6 +173,30 @@ List *ListSetElement(List *l, int i, int cls, ListValue value) {
     case kListList: ListOwn(static_cast<List *>(value.object), status); break;
     default: MatOwn(static_cast<Matrix *>(value.object), status); break;
   }
+}
+
+void ListMoveContents(List *dst, List *src) {
+  ReleaseElements(dst);
+  std::swap(dst->length, src->length);
+  std::swap(dst->classes, src->classes);
+  std::swap(dst->values, src->values);
+}
+
+List *ListSetElement(List *l, int i, int cls, ListValue value) {
+  if (i < 1 || i > l->length) {
+    ListSetMessage("%s(%d) = \"\"", l->name, i);
+    ListError("ListSetElement()", "Index is out of range", l);
+    return l;
+  }
+  if (ListIsObjectClass(cls)) {
+    // One owner per object, and no list inside itself: either would release
+    // an object twice.
+    if (value.object == nullptr || IsOwnedElsewhere(cls, value.object))
+      ListError("ListSetElement()", "Element is owned by another object", l);
+    if (cls == kListList && Contains(static_cast<List *>(value.object), l))
+      ListError("ListSetElement()", "List can't hold itself", l);
+  }
+  ListStore(l, i - 1, cls, value);
   return l;
 }
 
@@ -174,14 +206,53 @@ List *ListSetObject(List *l, int i, int cls, void *object) {
   return ListSetElement(l, i, cls, v);
 }
 
-List *ListDup(List *l) {
-  List *d = ListDef("", l->length);
-  for (int k = 0; k < l->length; k++) {
-    ListValue v = l->values[k];
-    if (IsObjectClass(l->classes[k])) v.object = DupObject(l->classes[k], v.object);
-    ListSetElement(d, k + 1, l->classes[k], v);
+ListValue ListCopyValue(int cls, ListValue value) {
+  ListValue v = value;
+  switch (cls) {
+    case kListString: v.object = vkStringDup(static_cast<String *>(value.object)); break;
+    case kListComplex: v.object = CompDup(static_cast<Complex *>(value.object)); break;
+    case kListPolynomial: v.object = PolyDup(static_cast<Polynomial *>(value.object)); break;
+    case kListRational: v.object = RatDup(static_cast<Rational *>(value.object)); break;
+    case kListMatrix:
+    case kListArray:
+    case kListIndex: v.object = MatDup(static_cast<Matrix *>(value.object)); break;
+    case kListList: v.object = ListDup(static_cast<List *>(value.object)); break;
+    default: break;
   }
-  return d;
+  return v;
+}
+
+List *ListDup(List *l) {
+  // The copy is built along the walk: a new list on entering one, each
+  // element copied into the list being built, a finished list stored in its
+  // parent on leaving.
+  struct Copier {
+    struct Building {
+      List *copy;
+      int at;  // its position in the parent
+    };
+    std::vector<Building> stack;
+    int next_at = 0;
+    List *result = nullptr;
+    void Before(List *, int k) { next_at = k; }
+    void Enter(List *x) { stack.push_back({ListDef("", x->length), next_at}); }
+    void Leaf(List *x, int k) {
+      ListStore(stack.back().copy, k, x->classes[k], ListCopyValue(x->classes[k], x->values[k]));
+    }
+    void Leave(List *) {
+      Building done = stack.back();
+      stack.pop_back();
+      if (stack.empty()) {
+        result = done.copy;
+      } else {
+        ListValue v;
+        v.object = done.copy;
+        ListStore(stack.back().copy, done.at, kListList, v);
+      }
+    }
+  } copier;
+  ListWalk(l, copier);
+  return copier.result;
 }
 
 List *ListAssign(List *dst, List *src) {
@@ -197,17 +268,88 @@ List *ListAssign(List *dst, List *src) {
     FreeContents(dst);
     Allocate(dst, src->length);
     dst->length = src->length;
-    for (int k = 0; k < src->length; k++) {
-      ListValue v = src->values[k];
-      if (IsObjectClass(src->classes[k])) v.object = DupObject(src->classes[k], v.object);
-      ListSetElement(dst, k + 1, src->classes[k], v);
-    }
+    for (int k = 0; k < src->length; k++)
+      ListStore(dst, k, src->classes[k], ListCopyValue(src->classes[k], src->values[k]));
   }
   dst->status = static_cast<short>(status);
   SweepInOrder(kSweepAllOrder);
   return dst;
 }
 
+
+const char *ListClassName(int cls) {
+  switch (cls) {
+    case kListString: return "String";
+    case kListInteger: return "Integer";
+    case kListReal: return "Real";
+    case kListComplex: return "Complex";
+    case kListPolynomial: return "Polynomial";
+    case kListRational: return "Rational";
+    case kListMatrix: return "Matrix";
+    case kListArray: return "Array";
+    case kListIndex: return "Index";
+    case kListList: return "List";
+    case kListVoidFunc: return "void Func";
+    case kListBuiltinFunc: return "Buitin-Func";
+    case kListBuiltinProc: return "Buitin-Proc";
+    case kListDynamicFunc: return "Dynamic-Func";
+    case kListDynamicProc: return "Dynamic-Proc";
+    default: return "Undefined";
+  }
+}
+
+List *ListCopy(List *dst, List *src) {
+  if (dst->length != src->length) ListError2("ListCopy()", "Confliction of length", dst, src);
+  if (dst == src) return dst;
+  // Copies first: src may be held inside dst.
+  std::vector<ListValue> copies;
+  for (int k = 0; k < src->length; k++)
+    copies.push_back(ListCopyValue(src->classes[k], src->values[k]));
+  for (int k = 0; k < src->length; k++) ListStore(dst, k, src->classes[k], copies[k]);
+  return dst;
+}
+
+List *ListSwap(List *a, List *b) {
+  if (a->length != b->length) ListError2("ListSwap()", "Confliction of length", a, b);
+  std::swap(a->classes, b->classes);
+  std::swap(a->values, b->values);
+  return a;
+}
+
+List *ListElementsDef(const char *name, int length, int cls) {
+  if (cls < kListString || cls > kListList) {
+    ListSetMessage("ListElementsDef(\"%s\", %d, %d)", name, length, cls);
+    ListError("ListElementsDef()", "Incorrect class", nullptr);
+  }
+  List *l = ListDef(name, length);
+  for (int k = 0; k < l->length; k++) {
+    ListValue v;
+    v.object = nullptr;
+    switch (cls) {
+      case kListString: v.object = vkStringFromText(""); break;
+      case kListInteger: v.integer = 0; break;
+      case kListReal: v.real = 0.0; break;
+      case kListComplex: v.object = CompDef("", 0.0, 0.0); break;
+      case kListPolynomial: {
+        Polynomial *p = PolyDef("", 0, nullptr);
+        MatReal(p->coef)[0] = 0.0;
+        v.object = p;
+        break;
+      }
+      case kListRational: {
+        Rational *r = RatDef("", 0, 0);
+        MatReal(r->nume->coef)[0] = 0.0;
+        MatReal(r->deno->coef)[0] = 1.0;
+        v.object = r;
+        break;
+      }
+      case kListList: v.object = ListDef("", 0); break;
+      default: v.object = MatDef("", 0, 0); break;
+    }
+    ListStore(l, k, cls, v);
+  }
+  return l;
+}
 
 int ListPoolCount(int length) {
   int slot = Slot(length);

@@ -25,7 +25,18 @@ void Describe(FILE *out, const void *object, bool second) {
     fprintf(out, "%s '(length=%d)'", word, s->length);
 }
 
-const ReportKind kReport = {vkStringMessageBuffer, Describe, "Can't open logfile.\n", nullptr,
+// The log receives each defined operand in its save form. Opened here rather
+// than through vkStringFileSave, whose own failure would report again.
+void LogAppend(const void *object) {
+  String *s = static_cast<String *>(const_cast<void *>(object));
+  if (s->length == -1) return;
+  FILE *log = fopen("Velk.log", "a");
+  if (log == nullptr) return;
+  vkStringSaveText(log, s, 1);
+  fclose(log);
+}
+
+const ReportKind kReport = {vkStringMessageBuffer, Describe, "Can't open logfile.\n", LogAppend,
                             false};
 
 void FreeText(String *s) {
