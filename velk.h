@@ -47,6 +47,7 @@
 #include "editor/complex_key.h"
 #include "editor/editor.h"
 #include "editor/entry.h"
+#include "editor/list_menu.h"
 #include "editor/poly_edit.h"
 #include "editor/rescue.h"
 #include "editor/terminal.h"
