@@ -193,7 +193,10 @@ List *ListSetElement(List *l, int i, int cls, ListValue value) {
     // an object twice.
     if (value.object == nullptr || IsOwnedElsewhere(cls, value.object))
       ListError("ListSetElement()", "Element is owned by another object", l);
-    if (cls == kListList && Contains(static_cast<List *>(value.object), l))
+    // A list on the registry is inside no other list, so only a nested l
+    // needs the walk through what it is given.
+    List *inner = static_cast<List *>(value.object);
+    if (cls == kListList && (inner == l || (l->prev == nullptr && Contains(inner, l))))
       ListError("ListSetElement()", "List can't hold itself", l);
   }
   ListStore(l, i - 1, cls, value);

@@ -15,19 +15,44 @@ namespace {
 
 // The save form of a polynomial or rational comes from its own layer, through
 // the text hooks of the core; until that layer plugs them in there is none.
-void SavePolynomial(FILE *out, List *l, Polynomial *p) {
+// Why element k has no save form in this build, or null.
+const char *Unsavable(List *l, int k) {
+  int cls = l->classes[k];
+  if (cls == kListPolynomial && MatGetPolyText().element == nullptr)
+    return "Polynomial save form is not available yet";
+  if (cls == kListRational && MatGetRatText().element == nullptr)
+    return "Rational save form is not available yet";
+  if (cls >= kListMatrix && cls <= kListIndex) {
+    Matrix *m = static_cast<Matrix *>(l->values[k].object);
+    if ((IsPolyClass(m->cls) && MatGetPolyText().element == nullptr) ||
+        (IsRatClass(m->cls) && MatGetRatText().element == nullptr))
+      return "Polynomial and rational save forms are not available yet";
+  }
+  return nullptr;
+}
+
+// Reports before anything is written, so no file is left half saved.
+void CheckSavable(List *l) {
+  struct Checker {
+    void Enter(List *) {}
+    void Before(List *, int) {}
+    void Leaf(List *x, int k) {
+      if (const char *why = Unsavable(x, k)) ListError("ListElementSave()", why, x);
+    }
+    void Leave(List *) {}
+  } checker;
+  ListWalk(l, checker);
+}
+
+void SavePolynomial(FILE *out, Polynomial *p) {
   const MatPolyText &text = MatGetPolyText();
-  if (text.element == nullptr)
-    ListError("ListElementSave()", "Polynomial save form is not available yet", l);
   char *s = text.element(p, 0, 1 << 30);
   fputs(s, out);
   efree(s);
 }
 
-void SaveRational(FILE *out, List *l, Rational *r) {
+void SaveRational(FILE *out, Rational *r) {
   const MatRatText &text = MatGetRatText();
-  if (text.element == nullptr)
-    ListError("ListElementSave()", "Rational save form is not available yet", l);
   char *nume, *deno;
   text.element(r, 0, 1 << 30, &nume, &deno);
   fprintf(out, "(%s)/(%s)", nume, deno);
@@ -35,10 +60,7 @@ void SaveRational(FILE *out, List *l, Rational *r) {
   efree(deno);
 }
 
-void SaveMatrix(FILE *out, List *l, Matrix *m) {
-  if ((IsPolyClass(m->cls) && MatGetPolyText().element == nullptr) ||
-      (IsRatClass(m->cls) && MatGetRatText().element == nullptr))
-    ListError("ListElementSave()", "Polynomial and rational save forms are not available yet", l);
+void SaveMatrix(FILE *out, Matrix *m) {
   // An element is saved without the name it may have had before it was stored.
   char *name = m->name;
   m->name = const_cast<char *>("");
@@ -63,13 +85,13 @@ void ElementText(FILE *out, List *l, int k, bool save) {
     }
     case kListPolynomial:
       if (save)
-        SavePolynomial(out, l, static_cast<Polynomial *>(v.object));
+        SavePolynomial(out, static_cast<Polynomial *>(v.object));
       else
         fputs("POLYNOMIAL", out);
       break;
     case kListRational:
       if (save)
-        SaveRational(out, l, static_cast<Rational *>(v.object));
+        SaveRational(out, static_cast<Rational *>(v.object));
       else
         fputs("RATIONAL", out);
       break;
@@ -77,7 +99,7 @@ void ElementText(FILE *out, List *l, int k, bool save) {
     case kListArray:
     case kListIndex:
       if (save)
-        SaveMatrix(out, l, static_cast<Matrix *>(v.object));
+        SaveMatrix(out, static_cast<Matrix *>(v.object));
       else
         fputs(l->classes[k] == kListMatrix ? "MATRIX" : l->classes[k] == kListArray ? "ARRAY" : "INDEX", out);
       break;
@@ -117,14 +139,17 @@ void ListElementSave(FILE *stream, List *l, int i) {
     ListError("ListElementSave()", "Index is out of range", l);
   }
   if (l->classes[i - 1] == kListList) {
+    CheckSavable(static_cast<List *>(l->values[i - 1].object));
     Writer writer{stream, true};
     ListWalk(static_cast<List *>(l->values[i - 1].object), writer);
   } else {
+    if (const char *why = Unsavable(l, i - 1)) ListError("ListElementSave()", why, l);
     ElementText(stream, l, i - 1, true);
   }
 }
 
 List *ListFileSave(List *l, const char *file, int append, int terminate) {
+  CheckSavable(l);
   OutputFile out(file, append != 0);
   const char *failure = nullptr;
   if (out.stream() == nullptr) {
