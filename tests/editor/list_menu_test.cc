@@ -1,0 +1,148 @@
+// The list menu on a pseudo-terminal. The test program runs itself as the
+// menu's process: MenuChild.Run is skipped unless the parent asked for it
+// through the environment, and then shows the menu and prints the choice.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "container/list.h"
+#include "container/string.h"
+#include "core/matrix.h"
+#include "editor/list_menu.h"
+#include "pty_session.h"
+
+namespace {
+
+using velk_test::PtySession;
+
+TEST(MenuChild, Run) {
+  const char *items = getenv("VELK_MENU_ITEMS");
+  if (items == nullptr) GTEST_SKIP() << "runs only as the menu's process";
+  int count = atoi(items);
+  MatInit();
+  List *l = ListDef("menu", count + 1);
+  ListSetObject(l, 1, kListString, vkStringFromText("Choose"));
+  for (int k = 1; k <= count; k++)
+    ListSetObject(l, k + 1, kListString, vkStringFromText(("Item " + std::to_string(k)).c_str()));
+  int chosen = ListMenu(l, atoi(getenv("VELK_MENU_DEFAULT")));
+  printf("chosen %d\n", chosen);
+  fflush(stdout);
+  _exit(0);
+}
+
+std::string Self() {
+  char path[4096];
+  ssize_t n = readlink("/proc/self/exe", path, sizeof path - 1);
+  return std::string(path, n > 0 ? static_cast<size_t>(n) : 0);
+}
+
+class MenuTest : public testing::Test {
+ protected:
+  void Open(int items, int def) {
+    setenv("VELK_MENU_ITEMS", std::to_string(items).c_str(), 1);
+    setenv("VELK_MENU_DEFAULT", std::to_string(def).c_str(), 1);
+    ASSERT_TRUE(pty_.Start(Self(), "/", {"--gtest_filter=MenuChild.Run"}));
+    unsetenv("VELK_MENU_ITEMS");
+    unsetenv("VELK_MENU_DEFAULT");
+    ASSERT_TRUE(pty_.Settle());
+  }
+
+  // The item drawn last in reverse video: the one the menu shows as current.
+  std::string Current() const {
+    size_t on = pty_.output.rfind("\x1b[7m");
+    if (on == std::string::npos) return "";
+    size_t off = pty_.output.find("\x1b[0m", on);
+    return pty_.output.substr(on + 4, off - on - 4);
+  }
+
+  // The item number the process printed after the menu, or -1.
+  int Chosen() {
+    EXPECT_EQ(pty_.Finish(), 0);
+    size_t at = pty_.output.rfind("chosen ");
+    return at == std::string::npos ? -1 : atoi(pty_.output.c_str() + at + 7);
+  }
+
+  PtySession pty_;
+};
+
+TEST_F(MenuTest, EightItemsAreDoubleSpacedNineSingle) {
+  Open(8, 3);
+  const velk_test::Screen &s = pty_.screen;
+  // Longest item 6 wide: items at column (81 - 6) / 2, the title (6 wide too)
+  // at (81 - 6) / 2, both counted from 1.
+  EXPECT_EQ(s.Trimmed(1), std::string(36, ' ') + "Choose");
+  for (int k = 1; k <= 8; k++)
+    EXPECT_EQ(s.Trimmed(3 + 2 * (k - 1)), std::string(36, ' ') + " " + std::to_string(k) + ". Item " + std::to_string(k));
+  EXPECT_EQ(s.Trimmed(19), std::string(36, ' ') + "Select a menu number:");
+  EXPECT_EQ(Current(), " 3. Item 3");
+  pty_.Keys("\r");
+  EXPECT_EQ(Chosen(), 3);
+  EXPECT_EQ(pty_.screen.Trimmed(0), "chosen 3");  // cleared and homed before returning
+}
+
+TEST_F(MenuTest, NineItemsAreSingleSpaced) {
+  Open(9, 9);
+  for (int k = 1; k <= 9; k++)
+    EXPECT_EQ(pty_.screen.Trimmed(3 + (k - 1)),
+              std::string(36, ' ') + " " + std::to_string(k) + ". Item " + std::to_string(k));
+  EXPECT_EQ(pty_.screen.Trimmed(13), std::string(36, ' ') + "Select a menu number:");
+  EXPECT_EQ(Current(), " 9. Item 9");
+  pty_.Keys("\n");
+  EXPECT_EQ(Chosen(), 9);
+}
+
+TEST_F(MenuTest, MovesWrapAndArrowSequencesMove) {
+  Open(4, 1);
+  struct Step {
+    std::string keys;
+    int current;
+  } steps[] = {
+      {"k", 4}, {"j", 1}, {" ", 2}, {"n", 3}, {"\x0e", 4}, {"\x0e", 1}, {"p", 4},
+      {"\x10", 3}, {"\x1b[A", 2}, {"\x1b[B", 3}, {"x", 3}, {"0", 3}, {"7", 3},
+  };
+  for (const Step &step : steps) {
+    ASSERT_TRUE(pty_.Send(step.keys)) << step.keys;
+    EXPECT_EQ(Current(), " " + std::to_string(step.current) + ". Item " + std::to_string(step.current))
+        << "after " << step.keys;
+  }
+  pty_.Keys("\r");
+  EXPECT_EQ(Chosen(), 3);
+}
+
+TEST_F(MenuTest, DigitsWithPlusSelectBeyondNine) {
+  Open(12, 1);
+  // Items 7 wide: every line is padded to 11 characters.
+  pty_.Keys("+2");
+  EXPECT_EQ(Current(), "12. Item 12");
+  pty_.Keys("+5");  // no item 15: stays
+  EXPECT_EQ(Current(), "12. Item 12");
+  pty_.Keys("+0");
+  EXPECT_EQ(Current(), "10. Item 10");
+  pty_.Keys("+x4");  // another key between: the plus no longer counts
+  EXPECT_EQ(Current(), " 4. Item 4 ");
+  pty_.Keys("\r");
+  EXPECT_EQ(Chosen(), 4);
+}
+
+TEST_F(MenuTest, ASignalClearsTheScreenAndEndsWithStatusOne) {
+  Open(3, 2);
+  kill(pty_.pid(), SIGTERM);
+  EXPECT_EQ(pty_.Finish(), 1);
+  EXPECT_EQ(pty_.output.substr(pty_.output.size() - 10), "\x1b[2J\x1b[1;1H");
+  termios t;
+  ASSERT_EQ(tcgetattr(pty_.terminal(), &t), 0);
+  EXPECT_NE(t.c_lflag & ICANON, 0u);  // the terminal is cooked again
+}
+
+TEST_F(MenuTest, CtrlCEndsTheMenuAsAnInterrupt) {
+  Open(3, 2);
+  pty_.Send("\x03");
+  EXPECT_EQ(pty_.Finish(), 1);
+  EXPECT_EQ(pty_.output.find("chosen"), std::string::npos);
+}
+
+}  // namespace
