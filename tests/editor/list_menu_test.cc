@@ -20,6 +20,13 @@ namespace {
 using velk_test::PtySession;
 
 TEST(MenuChild, Run) {
+  if (const char *text = getenv("VELK_EDIT_TEXT")) {
+    MatInit();
+    String *s = vkStringEdit(vkStringSetName(vkStringFromText(text), "s"));
+    printf("edited [%s]\n", s->text);
+    fflush(stdout);
+    _exit(0);
+  }
   const char *items = getenv("VELK_MENU_ITEMS");
   if (items == nullptr) GTEST_SKIP() << "runs only as the menu's process";
   int count = atoi(items);
@@ -143,6 +150,31 @@ TEST_F(MenuTest, CtrlCEndsTheMenuAsAnInterrupt) {
   pty_.Send("\x03");
   EXPECT_EQ(pty_.Finish(), 1);
   EXPECT_EQ(pty_.output.find("chosen"), std::string::npos);
+}
+
+TEST_F(MenuTest, StringEditingStartsFromTheCurrentText) {
+  setenv("VELK_EDIT_TEXT", "abcd", 1);
+  ASSERT_TRUE(pty_.Start(Self(), "/", {"--gtest_filter=MenuChild.Run"}));
+  unsetenv("VELK_EDIT_TEXT");
+  ASSERT_TRUE(pty_.Settle());
+  pty_.Keys("\x7f\x7fXY\r");
+  EXPECT_EQ(pty_.Finish(), 0);
+  EXPECT_NE(pty_.output.find("edited [abXY]"), std::string::npos) << pty_.output;
+  EXPECT_NE(pty_.output.find("s = abcd"), std::string::npos);
+}
+
+TEST(MenuDeathTest, OnlyStringsAndADefaultAmongTheItems) {
+  MatInit();
+  List *l = ListSetName(ListDef("m", 3), "m");
+  for (int k = 1; k <= 3; k++) ListSetObject(l, k, kListString, vkStringFromText("x"));
+  EXPECT_EXIT(ListMenu(l, 3), testing::ExitedWithCode(0),
+              "^\nInvalid default item number in \"m \\(3 element\\(s\\)\\)\" in ListMenu\\(\\)\\.\n$");
+  EXPECT_EXIT(ListMenu(l, 0), testing::ExitedWithCode(0), "Invalid default item number");
+  ListValue one;
+  one.integer = 1;
+  ListSetElement(l, 2, kListInteger, one);
+  EXPECT_EXIT(ListMenu(l, 1), testing::ExitedWithCode(0),
+              "^\nmenu\\(m\\) : Contents of menu must be string  in ListMenu\\(\\)\\.\n$");
 }
 
 }  // namespace
