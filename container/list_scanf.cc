@@ -1,7 +1,15 @@
-// Formatted reading into lists: each conversion of the format is applied on
-// its own, with the piece of the format that runs up to it, so literal text
-// before a conversion is matched with it and every value lands in its own
-// element as soon as it is read.
+// Formatted reading into lists. Each conversion of the format has its own
+// piece of the format, running from the end of the previous piece up to and
+// including its conversion character (the last piece also takes the rest), so
+// literal text before a conversion is matched with it and every value lands
+// in its own element.
+//
+// A format whose pieces are all valid is applied in one scanf call, which
+// gives the same result as applying the pieces one after another (each
+// starts where the previous one stopped) at a third of the cost. When that
+// call stops early, a text is scanned again piece by piece to tell a
+// mismatch from the end of the text; a stream cannot go back, and its end of
+// file decides instead.
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -15,173 +23,202 @@ namespace {
 
 // One conversion and the piece of the format applied with it.
 struct Piece {
-  std::string head;  // literal text, "%", width and modifier, conversion character
-  std::string tail;  // the rest of the format, after the last conversion only
+  std::string text;  // literal text, "%", width, modifier, conversion (and the tail, last)
   char conversion;
   char modifier;  // 'l', 'h' or 0
   int width;      // 0: none given
+  bool skipped;   // "%hf" and its kin: nothing is read, the element stays as made
+  bool valid;     // a conversion this reader makes
 };
 
+constexpr int kSlotsMax = 16;  // conversions of the one-call form
+
 struct Format {
-  std::string text;
+  std::string source;
   int count = 0;  // the number of "%" characters: the elements made
   std::vector<Piece> pieces;
+  bool one_call = false;
+  std::string joined;  // the pieces that read, as one format
 };
+
+bool IsReal(char c) { return strchr("eEfgG", c) != nullptr && c != '\0'; }
+bool IsInteger(char c) { return strchr("diouxX", c) != nullptr && c != '\0'; }
+bool IsText(char c) { return c == 'c' || c == 's'; }
 
 // Splits a format into its pieces. The last one parsed is kept: a reading
 // loop over one format parses it once.
 const Format &Parse(const char *format) {
   static Format parsed;
-  if (parsed.text == format && !parsed.pieces.empty()) return parsed;
+  static bool ready = false;
+  if (ready && parsed.source == format) return parsed;
   parsed = Format();
-  parsed.text = format;
+  ready = true;
+  parsed.source = format;
+  const std::string &f = parsed.source;
+  const size_t n = f.size();
+  for (char c : f)
+    if (c == '%') parsed.count++;
   size_t at = 0;
-  const size_t n = parsed.text.size();
-  for (size_t k = 0; k < n; k++)
-    if (format[k] == '%') parsed.count++;
   for (int c = 0; c < parsed.count; c++) {
     Piece piece{};
-    size_t percent = parsed.text.find('%', at);
-    size_t k = percent + 1;
-    while (k < n && format[k] >= '0' && format[k] <= '9') {
-      if (piece.width < 100000000) piece.width = piece.width * 10 + (format[k] - '0');
+    size_t k = f.find('%', at) + 1;
+    while (k < n && f[k] >= '0' && f[k] <= '9') {
+      if (piece.width < 100000000) piece.width = piece.width * 10 + (f[k] - '0');
       k++;
     }
-    if (k < n && (format[k] == 'l' || format[k] == 'h')) piece.modifier = format[k++];
-    piece.conversion = k < n ? format[k] : '\0';
+    if (k < n && (f[k] == 'l' || f[k] == 'h')) piece.modifier = f[k++];
+    piece.conversion = k < n ? f[k] : '\0';
     size_t end = k < n ? k + 1 : n;
-    piece.head = parsed.text.substr(at, end - at);
+    piece.skipped = IsReal(piece.conversion) && piece.modifier == 'h';
+    piece.valid = IsReal(piece.conversion) || IsInteger(piece.conversion) ||
+                  (IsText(piece.conversion) && piece.modifier == 0);
+    // Text conversions allocate what the input really holds ("%ms").
+    piece.text = f.substr(at, end - at);
+    if (IsText(piece.conversion)) piece.text.insert(piece.text.size() - 1, "m");
     at = end;
     parsed.pieces.push_back(piece);
   }
-  if (!parsed.pieces.empty()) parsed.pieces.back().tail = parsed.text.substr(at);
+  if (!parsed.pieces.empty()) parsed.pieces.back().text += f.substr(at);
+  int reading = 0;
+  parsed.one_call = true;
+  for (const Piece &p : parsed.pieces) {
+    if (!p.valid) parsed.one_call = false;
+    if (p.skipped) continue;
+    parsed.joined += p.text;
+    reading++;
+  }
+  if (reading > kSlotsMax) parsed.one_call = false;
   return parsed;
 }
 
-enum Outcome { kConverted, kNoMatch, kEnd };
-
-// Where the characters come from: an open stream, or a text and a position.
-class Source {
- public:
-  explicit Source(FILE *fp) : fp_(fp) {}
-  explicit Source(const char *text) : text_(text) {}
-
-  // Applies fmt (one conversion into target, then "%n" markers handled here).
-  template <class T>
-  int Apply(const std::string &fmt, T *target) {
-    if (fp_ != nullptr) return fscanf(fp_, fmt.c_str(), target);
-    int used = -1;
-    std::string counted = fmt + "%n";
-    int r = sscanf(text_ + pos_, counted.c_str(), target, &used);
-    if (used >= 0) pos_ += used;
-    return r;
-  }
-  // A format without conversions, applied once for what it consumes.
-  void ApplyLiteral(const std::string &fmt) {
-    if (fp_ == nullptr) return;
-    int consumed = fscanf(fp_, fmt.c_str());  // converts nothing
-    (void)consumed;
-  }
-
- private:
-  FILE *fp_ = nullptr;
-  const char *text_ = nullptr;
-  size_t pos_ = 0;
+// Where a conversion's value lands before it becomes an element.
+union Slot {
+  int i;
+  long l;
+  short h;
+  float f;
+  double d;
+  char *s;
 };
 
-// The scanf text of a piece: "m" is put before a string conversion so that
-// the library allocates what the input really holds; a trailing literal is
-// matched after the conversion.
-std::string PieceFormat(const Piece &p, bool allocate) {
-  std::string head = p.head;
-  if (allocate) head.insert(head.size() - 1, "m");
-  return head + p.tail;
-}
-
-Outcome Classify(int r) { return r == EOF ? kEnd : r == 1 ? kConverted : kNoMatch; }
-
-// Converts one piece into element k of l.
-Outcome Convert(Source &source, const Piece &p, List *l, int k) {
+// The element of a converted slot.
+void Store(List *l, int k, const Piece &p, Slot &slot) {
   ListValue v;
   v.object = nullptr;
-  switch (p.conversion) {
-    case 'e': case 'E': case 'f': case 'g': case 'G': {
-      if (p.modifier == 'h') return kConverted;  // skipped: the element stays as made
-      int r;
-      if (p.modifier == 'l') {
-        r = source.Apply(PieceFormat(p, false), &v.real);
-      } else {
-        float f = 0;
-        r = source.Apply(PieceFormat(p, false), &f);
-        v.real = f;
-      }
-      if (r == 1) ListStore(l, k, kListReal, v);
-      return Classify(r);
-    }
-    case 'd': case 'i': case 'o': case 'u': case 'x': case 'X': {
-      int r;
-      if (p.modifier == 'l') {
-        long x = 0;
-        r = source.Apply(PieceFormat(p, false), &x);
-        v.integer = static_cast<int>(x);
-      } else if (p.modifier == 'h') {
-        short x = 0;
-        r = source.Apply(PieceFormat(p, false), &x);
-        v.integer = x;
-      } else {
-        int x = 0;
-        r = source.Apply(PieceFormat(p, false), &x);
-        v.integer = x;
-      }
-      if (r == 1) ListStore(l, k, kListInteger, v);
-      return Classify(r);
-    }
-    case 'c': case 's': {
-      if (p.modifier != 0) return kNoMatch;
-      char *text = nullptr;
-      int r = source.Apply(PieceFormat(p, true), &text);
-      if (r == 1) {
-        // %c does not terminate: the width (1 without one) says how much came.
-        size_t n = p.conversion == 'c' ? static_cast<size_t>(p.width > 0 ? p.width : 1) : strlen(text);
-        String *s = vkStringDef("", static_cast<int>(n));
-        memcpy(s->text, text, n);
-        s->text[n] = '\0';
-        v.object = s;
-        ListStore(l, k, kListString, v);
-      }
-      free(text);
-      return Classify(r);
-    }
-    default: return kNoMatch;
+  if (IsReal(p.conversion)) {
+    v.real = p.modifier == 'l' ? slot.d : slot.f;
+    ListStore(l, k, kListReal, v);
+  } else if (IsInteger(p.conversion)) {
+    v.integer = p.modifier == 'l' ? static_cast<int>(slot.l) : p.modifier == 'h' ? slot.h : slot.i;
+    ListStore(l, k, kListInteger, v);
+  } else {
+    // %c does not terminate: the width (1 without one) says how much came.
+    size_t n = p.conversion == 'c' ? static_cast<size_t>(p.width > 0 ? p.width : 1) : strlen(slot.s);
+    String *s = vkStringDef("", static_cast<int>(n));
+    memcpy(s->text, slot.s, n);
+    s->text[n] = '\0';
+    v.object = s;
+    ListStore(l, k, kListString, v);
   }
 }
 
-// The list of a whole format, cut to the elements read when the input ends;
-// on a conversion that matches nothing *unmatched is set and the list returned
-// as it stands.
-List *Scan(Source &source, const char *format, bool *unmatched) {
-  *unmatched = false;
-  const Format &f = Parse(format);
-  if (f.count == 0) {
-    source.ApplyLiteral(f.text);
-    return ListDef("", 0);
-  }
-  List *l = ListDef("", f.count);
-  int done = 0;
+// What scanf returned: the conversions made, or EOF.
+int Scan(FILE *fp, const char *text, const char *format, Slot *slots) {
+  Slot *p = slots;
+  if (fp != nullptr)
+    return fscanf(fp, format, p, p + 1, p + 2, p + 3, p + 4, p + 5, p + 6, p + 7, p + 8, p + 9, p + 10,
+                  p + 11, p + 12, p + 13, p + 14, p + 15);
+  return sscanf(text, format, p, p + 1, p + 2, p + 3, p + 4, p + 5, p + 6, p + 7, p + 8, p + 9, p + 10,
+                p + 11, p + 12, p + 13, p + 14, p + 15);
+}
+
+void FreeTexts(Slot *slots, int n, const Format &f) {
+  int j = 0;
   for (const Piece &p : f.pieces) {
-    Outcome o = Convert(source, p, l, done);
-    if (o == kNoMatch) {
-      *unmatched = true;
-      return l;
-    }
-    if (o == kEnd) break;
-    done++;
+    if (p.skipped) continue;
+    if (j < n && IsText(p.conversion)) free(slots[j].s);
+    j++;
   }
-  if (done == f.count) return l;
-  List *cut = ListDef("", done);
-  for (int k = 0; k < done; k++) ListStore(cut, k, l->classes[k], ListCopyValue(l->classes[k], l->values[k]));
+}
+
+enum Outcome { kDone, kEnded, kUnmatched };
+
+// The one-call form. *done receives the elements made (skipped ones count).
+Outcome OneCall(FILE *fp, const char *text, const Format &f, List *l, int *done) {
+  Slot slots[kSlotsMax];
+  for (Slot &s : slots) s.s = nullptr;
+  int r = Scan(fp, text, f.joined.c_str(), slots);
+  int made = r == EOF ? 0 : r;
+  int j = 0;
+  *done = 0;
+  for (const Piece &p : f.pieces) {
+    if (!p.skipped) {
+      if (j == made) break;
+      Store(l, *done, p, slots[j++]);
+    }
+    (*done)++;
+  }
+  FreeTexts(slots, made, f);
+  if (*done == f.count) return kDone;
+  return r == EOF || (fp != nullptr && feof(fp)) ? kEnded : kUnmatched;
+}
+
+// Piece by piece, over a text (the exact form, where the one call stopped early).
+Outcome PieceByPiece(const char *text, const Format &f, List *l, int *done) {
+  size_t pos = 0;
+  *done = 0;
+  for (const Piece &p : f.pieces) {
+    if (!p.valid) return kUnmatched;
+    if (!p.skipped) {
+      Slot slot;
+      slot.s = nullptr;
+      int used = -1;
+      std::string counted = p.text + "%n";
+      int r = sscanf(text + pos, counted.c_str(), &slot, &used);
+      if (r == EOF) return kEnded;
+      if (r != 1) return kUnmatched;
+      Store(l, *done, p, slot);
+      if (IsText(p.conversion)) free(slot.s);
+      if (used >= 0) pos += static_cast<size_t>(used);
+    }
+    (*done)++;
+  }
+  return kDone;
+}
+
+// Piece by piece over a stream, for formats the one call cannot take.
+Outcome PieceByPiece(FILE *fp, const Format &f, List *l, int *done) {
+  *done = 0;
+  for (const Piece &p : f.pieces) {
+    if (!p.valid) return kUnmatched;
+    if (!p.skipped) {
+      Slot slot;
+      slot.s = nullptr;
+      int r = fscanf(fp, p.text.c_str(), &slot);
+      if (r == EOF) return kEnded;
+      if (r != 1) return kUnmatched;
+      Store(l, *done, p, slot);
+      if (IsText(p.conversion)) free(slot.s);
+    }
+    (*done)++;
+  }
+  return kDone;
+}
+
+// The list cut to its first n elements.
+List *Cut(List *l, int n) {
+  if (n == l->length) return l;
+  List *cut = ListDef("", n);
+  for (int k = 0; k < n; k++) ListStore(cut, k, l->classes[k], ListCopyValue(l->classes[k], l->values[k]));
   ListUndef(l);
   return cut;
+}
+
+// A format without conversions is applied once for what it consumes.
+void ConsumeLiteral(FILE *fp, const std::string &format) {
+  if (fp == nullptr) return;
+  int converted = fscanf(fp, format.c_str());  // converts nothing
+  (void)converted;
 }
 
 }  // namespace
@@ -192,11 +229,16 @@ List *ListFileScanf(int file, const char *format) {
     ListSetMessage("fscanf(%d, \"%s\")", file, format);
     ListError("ListFileScanf()", "File is not opened", nullptr);
   }
-  Source source(fp);
-  bool unmatched;
-  List *l = Scan(source, format, &unmatched);
-  if (unmatched) ListError("ListFileScanf()", "Data is not matched for the format", l);
-  return l;
+  const Format &f = Parse(format);
+  if (f.count == 0) {
+    ConsumeLiteral(fp, f.source);
+    return ListDef("", 0);
+  }
+  List *l = ListDef("", f.count);
+  int done = 0;
+  Outcome o = f.one_call ? OneCall(fp, nullptr, f, l, &done) : PieceByPiece(fp, f, l, &done);
+  if (o == kUnmatched) ListError("ListFileScanf()", "Data is not matched for the format", l);
+  return Cut(l, done);
 }
 
 List *ListStringScanf(String *s, const char *format) {
@@ -204,9 +246,17 @@ List *ListStringScanf(String *s, const char *format) {
     ListSetMessage("sscanf(%s, \"%s\")", s->name, format);
     ListError("ListStringScanf()", "String is too short", nullptr);
   }
-  Source source(s->text);
-  bool unmatched;
-  List *l = Scan(source, format, &unmatched);
-  if (unmatched) ListError("ListStringScanf()", "String is not matched for the format", l);
-  return l;
+  const Format &f = Parse(format);
+  if (f.count == 0) return ListDef("", 0);
+  List *l = ListDef("", f.count);
+  int done = 0;
+  Outcome o = f.one_call ? OneCall(nullptr, s->text, f, l, &done) : kUnmatched;
+  if (o != kDone) {
+    // Again piece by piece: only that tells a mismatch from the end of the text.
+    ListUndef(l);
+    l = ListDef("", f.count);
+    o = PieceByPiece(s->text, f, l, &done);
+  }
+  if (o == kUnmatched) ListError("ListStringScanf()", "String is not matched for the format", l);
+  return Cut(l, done);
 }
