@@ -191,7 +191,7 @@ List *ListRead(List *l, FILE *stream) {
   const char *failure = DataRecordOpen(&record, stream, kListKind);
   if (failure != nullptr) ReadFailure(l, failure);
   if (record.header[kDataRows] < 0) ReadFailure(l, "Data structure is broken");
-  bool unnamed = record.header[kDataNameLength] == 1;
+  bool unnamed = record.name[0] == '\0';  // an empty name, whatever length was stored
   std::string name = record.name;  // the nested records reuse the buffer
   std::vector<Item> items = ReadItems(stream, l, record.header[kDataRows], record.foreign);
   List *read = MakeList(items);

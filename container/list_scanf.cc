@@ -32,6 +32,7 @@ struct Piece {
 };
 
 constexpr int kSlotsMax = 16;  // conversions of the one-call form
+constexpr int kCharWidthMax = 1 << 20;  // wider "%c" fields are no conversion
 
 struct Format {
   std::string source;
@@ -61,7 +62,14 @@ const Format &Parse(const char *format) {
   size_t at = 0;
   for (int c = 0; c < parsed.count; c++) {
     Piece piece{};
-    size_t k = f.find('%', at) + 1;
+    size_t percent = f.find('%', at);
+    if (percent == std::string::npos) {
+      // A doubled "%" counts twice but makes one piece: the count outruns
+      // the pieces, and the ones beyond are no conversions.
+      parsed.pieces.push_back(piece);
+      continue;
+    }
+    size_t k = percent + 1;
     while (k < n && f[k] >= '0' && f[k] <= '9') {
       if (piece.width < 100000000) piece.width = piece.width * 10 + (f[k] - '0');
       k++;
@@ -71,10 +79,11 @@ const Format &Parse(const char *format) {
     size_t end = k < n ? k + 1 : n;
     piece.skipped = IsReal(piece.conversion) && piece.modifier == 'h';
     piece.valid = IsReal(piece.conversion) || IsInteger(piece.conversion) ||
-                  (IsText(piece.conversion) && piece.modifier == 0);
-    // Text conversions allocate what the input really holds ("%ms").
+                  (IsText(piece.conversion) && piece.modifier == 0 && piece.width <= kCharWidthMax);
+    // "%s" lets the library allocate what the input really holds ("%ms");
+    // "%c" reads exactly its width into a buffer of that size.
     piece.text = f.substr(at, end - at);
-    if (IsText(piece.conversion)) piece.text.insert(piece.text.size() - 1, "m");
+    if (piece.conversion == 's') piece.text.insert(piece.text.size() - 1, "m");
     at = end;
     parsed.pieces.push_back(piece);
   }
@@ -122,23 +131,30 @@ void Store(List *l, int k, const Piece &p, Slot &slot) {
   }
 }
 
-// What scanf returned: the conversions made, or EOF.
-int Scan(FILE *fp, const char *text, const char *format, Slot *slots) {
-  Slot *p = slots;
-  if (fp != nullptr)
-    return fscanf(fp, format, p, p + 1, p + 2, p + 3, p + 4, p + 5, p + 6, p + 7, p + 8, p + 9, p + 10,
-                  p + 11, p + 12, p + 13, p + 14, p + 15);
-  return sscanf(text, format, p, p + 1, p + 2, p + 3, p + 4, p + 5, p + 6, p + 7, p + 8, p + 9, p + 10,
-                p + 11, p + 12, p + 13, p + 14, p + 15);
+// Where scanf writes a conversion: the slot, or for "%c" the slot's buffer.
+void *Target(const Piece &p, Slot &slot) {
+  return p.conversion == 'c' ? static_cast<void *>(slot.s) : static_cast<void *>(&slot);
 }
 
-void FreeTexts(Slot *slots, int n, const Format &f) {
-  int j = 0;
-  for (const Piece &p : f.pieces) {
-    if (p.skipped) continue;
-    if (j < n && IsText(p.conversion)) free(slots[j].s);
-    j++;
-  }
+// What scanf returned: the conversions made, or EOF. Unused targets are
+// passed too and ignored, as scanf ignores arguments beyond its format.
+int Scan(FILE *fp, const char *text, const char *format, void *const *a) {
+  if (fp != nullptr)
+    return fscanf(fp, format, a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9], a[10], a[11],
+                  a[12], a[13], a[14], a[15]);
+  return sscanf(text, format, a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9], a[10], a[11],
+                a[12], a[13], a[14], a[15]);
+}
+
+// The buffers of "%c" conversions, before the call; "%s" gets its own.
+void PrepareText(const Piece &p, Slot &slot) {
+  slot.s = nullptr;
+  if (p.conversion == 'c') slot.s = static_cast<char *>(malloc(static_cast<size_t>(p.width > 0 ? p.width : 1)));
+}
+
+// After the call, converted or not.
+void ReleaseText(const Piece &p, Slot &slot) {
+  if (IsText(p.conversion)) free(slot.s);
 }
 
 enum Outcome { kDone, kEnded, kUnmatched };
@@ -146,8 +162,18 @@ enum Outcome { kDone, kEnded, kUnmatched };
 // The one-call form. *done receives the elements made (skipped ones count).
 Outcome OneCall(FILE *fp, const char *text, const Format &f, List *l, int *done) {
   Slot slots[kSlotsMax];
-  for (Slot &s : slots) s.s = nullptr;
-  int r = Scan(fp, text, f.joined.c_str(), slots);
+  const Piece *reading[kSlotsMax];
+  int n = 0;
+  for (const Piece &p : f.pieces)
+    if (!p.skipped) reading[n++] = &p;
+  for (int j = 0; j < kSlotsMax; j++) slots[j].s = nullptr;
+  void *targets[kSlotsMax];
+  for (int j = 0; j < kSlotsMax; j++) targets[j] = &slots[j];
+  for (int j = 0; j < n; j++) {
+    PrepareText(*reading[j], slots[j]);
+    targets[j] = Target(*reading[j], slots[j]);
+  }
+  int r = Scan(fp, text, f.joined.c_str(), targets);
   int made = r == EOF ? 0 : r;
   int j = 0;
   *done = 0;
@@ -158,7 +184,7 @@ Outcome OneCall(FILE *fp, const char *text, const Format &f, List *l, int *done)
     }
     (*done)++;
   }
-  FreeTexts(slots, made, f);
+  for (int k = 0; k < n; k++) ReleaseText(*reading[k], slots[k]);
   if (*done == f.count) return kDone;
   return r == EOF || (fp != nullptr && feof(fp)) ? kEnded : kUnmatched;
 }
@@ -171,14 +197,14 @@ Outcome PieceByPiece(const char *text, const Format &f, List *l, int *done) {
     if (!p.valid) return kUnmatched;
     if (!p.skipped) {
       Slot slot;
-      slot.s = nullptr;
+      PrepareText(p, slot);
       int used = -1;
       std::string counted = p.text + "%n";
-      int r = sscanf(text + pos, counted.c_str(), &slot, &used);
+      int r = sscanf(text + pos, counted.c_str(), Target(p, slot), &used);
+      if (r == 1) Store(l, *done, p, slot);
+      ReleaseText(p, slot);
       if (r == EOF) return kEnded;
       if (r != 1) return kUnmatched;
-      Store(l, *done, p, slot);
-      if (IsText(p.conversion)) free(slot.s);
       if (used >= 0) pos += static_cast<size_t>(used);
     }
     (*done)++;
@@ -193,12 +219,12 @@ Outcome PieceByPiece(FILE *fp, const Format &f, List *l, int *done) {
     if (!p.valid) return kUnmatched;
     if (!p.skipped) {
       Slot slot;
-      slot.s = nullptr;
-      int r = fscanf(fp, p.text.c_str(), &slot);
+      PrepareText(p, slot);
+      int r = fscanf(fp, p.text.c_str(), Target(p, slot));
+      if (r == 1) Store(l, *done, p, slot);
+      ReleaseText(p, slot);
       if (r == EOF) return kEnded;
       if (r != 1) return kUnmatched;
-      Store(l, *done, p, slot);
-      if (IsText(p.conversion)) free(slot.s);
     }
     (*done)++;
   }
@@ -217,7 +243,7 @@ List *Cut(List *l, int n) {
 // A format without conversions is applied once for what it consumes.
 void ConsumeLiteral(FILE *fp, const std::string &format) {
   if (fp == nullptr) return;
-  int converted = fscanf(fp, format.c_str());  // converts nothing
+  int converted = fscanf(fp, format.c_str(), nullptr);  // converts nothing
   (void)converted;
 }
 

@@ -144,6 +144,6 @@ String *vkStringRead(String *s, FILE *stream) {
   text.pop_back();
   // A NUL inside the text ends it, as it would any C string the text is used as.
   vkStringSetText(s, text.c_str());
-  vkStringSetName(s, record.header[kDataNameLength] == 1 ? "ANS_STR" : record.name);
+  vkStringSetName(s, record.name[0] == '\0' ? "ANS_STR" : record.name);
   return s;
 }

@@ -225,6 +225,7 @@ TEST_F(ListIoTest, ScanfConvertsPieceByPiece) {
   EXPECT_EQ(ListStringScanf(vkStringFromText("0.1"), "%lf")->values[0].real, 0.1);
   // %hf is skipped: nothing is read and the element stays as it was made.
   EXPECT_EQ(scan("5", "%hf%d"), "{c261 i:5}");
+  EXPECT_EQ(scan("|=1", "x=%hf%1c"), "{c261 s:|}");
   // The input ends: the list is cut to what was read.
   EXPECT_EQ(scan("1 2", "%d %d %d"), "{i:1 i:2}");
   EXPECT_EQ(scan("", "%d"), "{}");
@@ -256,6 +257,8 @@ TEST_F(ListIoDeathTest, ReportsOfScanfAndOfElementsThisBuildCannotWrite) {
       "\nString is not matched for the format in \"(1 element(s))\" in ListStringScanf().\n");
   die([&] { ListStringScanf(s, "%ls"); },
       "\nString is not matched for the format in \"(1 element(s))\" in ListStringScanf().\n");
+  die([&] { ListStringScanf(s, "%%d"); },
+      "\nString is not matched for the format in \"(2 element(s))\" in ListStringScanf().\n");
   die([&] { ListStringScanf(s, "%[a]"); },
       "\nString is not matched for the format in \"(1 element(s))\" in ListStringScanf().\n");
   die([&] { ListStringScanf(vkStringSetName(vkStringDef("", -1), "u"), "%d"); },
