@@ -10,6 +10,8 @@
 #include "core/alloc.h"
 #include "core/matrix.h"
 #include "io/binary.h"
+#include "io/complex_io.h"
+#include "scalar/complex.h"
 
 namespace {
 
@@ -17,27 +19,17 @@ constexpr int kListKind = 10;
 
 void WriteTag(FILE *stream, int tag) { fwrite(&tag, sizeof tag, 1, stream); }
 
-// Elements go out with an empty name, whatever name the object had before it
-// was stored.
-template <class Record, class Write>
-void WriteUnnamed(Record *r, Write write) {
-  char *name = r->name;
-  r->name = const_cast<char *>("");
-  write(r);
-  r->name = name;
-}
-
 void WriteLeaf(FILE *stream, List *l, int k) {
   ListValue v = l->values[k];
   int cls = l->classes[k];
   switch (cls) {
     case kListString:
-      WriteUnnamed(static_cast<String *>(v.object), [stream](String *s) { vkStringWrite(s, stream); });
+      WithoutName(static_cast<String *>(v.object), [stream](String *s) { vkStringWrite(s, stream); });
       break;
     case kListInteger: IntegerWrite(v.integer, "", stream); break;
     case kListReal: RealWrite(v.real, "", stream); break;
     case kListComplex:
-      ListError("ListElementWrite()", "Complex records are not available yet", l);
+      WithoutName(static_cast<Complex *>(v.object), [stream](Complex *c) { CompWrite(c, stream); });
       break;
     case kListPolynomial:
       ListError("ListElementWrite()", "Polynomial records are not available yet", l);
@@ -48,7 +40,7 @@ void WriteLeaf(FILE *stream, List *l, int k) {
     case kListMatrix:
     case kListArray:
     case kListIndex:
-      WriteUnnamed(static_cast<Matrix *>(v.object), [stream, cls](Matrix *m) { MatWrite(m, stream, cls); });
+      WithoutName(static_cast<Matrix *>(v.object), [stream, cls](Matrix *m) { MatWrite(m, stream, cls); });
       break;
     default: break;  // an undefined element is its tag alone
   }
@@ -114,7 +106,7 @@ ListValue ReadLeaf(FILE *stream, List *l, int tag) {
     case kListReal:
       if (RealRead(&v.real, stream, "list") != 0) ReadFailure(l, "Data broken");
       break;
-    case kListComplex: ReadFailure(l, "Complex records are not available yet");
+    case kListComplex: v.object = CompSetName(CompRead(CompDef("", 0, 0), stream), ""); break;
     case kListPolynomial: ReadFailure(l, "Polynomial records are not available yet");
     case kListRational: ReadFailure(l, "Rational records are not available yet");
     case kListMatrix:

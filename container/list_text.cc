@@ -61,11 +61,7 @@ void SaveRational(FILE *out, Rational *r) {
 }
 
 void SaveMatrix(FILE *out, Matrix *m) {
-  // An element is saved without the name it may have had before it was stored.
-  char *name = m->name;
-  m->name = const_cast<char *>("");
-  MatWriteSaveForm(out, m, 0, "");
-  m->name = name;
+  WithoutName(m, [out](Matrix *x) { MatWriteSaveForm(out, x, 0, ""); });
 }
 
 // One element that is not a list, in the print form (save: the save form).
@@ -77,12 +73,12 @@ void ElementText(FILE *out, List *l, int k, bool save) {
     case kListString: fprintf(out, "\"%s\"", static_cast<String *>(v.object)->text); break;
     case kListInteger: fprintf(out, "%d", v.integer); break;
     case kListReal: fputs(RealToString(v.real, text, real_format), out); break;
-    case kListComplex: {
-      Complex *c = static_cast<Complex *>(v.object);
-      ComplexValue z{c->re, c->im};
-      fputs(ComplexValueToString(&z, text, real_format), out);
+    case kListComplex:
+      if (save)
+        WithoutName(static_cast<Complex *>(v.object), [out](Complex *c) { CompSaveText(out, c, 0); });
+      else
+        fputs(CompToString(static_cast<Complex *>(v.object), text, "%G"), out);
       break;
-    }
     case kListPolynomial:
       if (save)
         SavePolynomial(out, static_cast<Polynomial *>(v.object));

@@ -21,6 +21,16 @@ bool ListIsObjectClass(int cls);
 // A copy of a slot: the same number, or a new temporary object.
 ListValue ListCopyValue(int cls, ListValue value);
 
+// Runs use(r) with r's name hidden: elements are written and saved without
+// the name an object may have had before a list took it.
+template <class Record, class Use>
+void WithoutName(Record *r, Use use) {
+  char *name = r->name;
+  r->name = const_cast<char *>("");
+  use(r);
+  r->name = name;
+}
+
 // Visits the elements of l depth first, in order. For every element of every
 // list: v.Before(owner, k); then for a nested list v.Enter(inner) ... its
 // elements ... v.Leave(inner), for anything else v.Leaf(owner, k). The walk

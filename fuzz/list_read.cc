@@ -13,6 +13,7 @@
 #include "container/string.h"
 #include "core/alloc.h"
 #include "core/matrix.h"
+#include "scalar/complex.h"
 
 namespace {
 
@@ -34,6 +35,7 @@ std::string Written(List *l) {
 void SweepAll() {
   ListSweep();
   vkStringSweep();
+  CompSweep();
   MatSweep();
 }
 

@@ -85,9 +85,10 @@ class ListIoTest : public testing::Test {
 
 // Every element kind whose record this build can write, nested lists among them.
 List *Writable() {
-  List *inner = ListDef("", 3);
+  List *inner = ListDef("", 4);
   ListSetObject(inner, 1, kListString, vkStringFromText(""));
   ListSetElement(inner, 2, kListReal, Real(-0.25));  // element 3 stays undefined
+  ListSetObject(inner, 4, kListComplex, CompDef("z", 0.5, -3));
   Matrix *m = MatDef("named", 2, 2);
   for (int k = 0; k < 4; k++) MatReal(m)[k] = k + 0.5;
   Matrix *c = C_MatDef("", 1, 1);
@@ -137,7 +138,7 @@ TEST_F(ListIoTest, SaveFormNestsAndAppends) {
   EXPECT_EQ(Slurp(path),
             "top = {\"text\", -7, [[  5.00000000E-01,  1.50000000E+00  ]\n"
             " [  2.50000000E+00,  3.50000000E+00  ]], [[(  1.00000000E+00, -1.00000000E+00)]]"
-            ", [], {\"\", -0.25, UNDEF}};\n\n{0}");
+            ", [], {\"\", -0.25, UNDEF, \"(0.5,-3)\"}};\n\n{0}");
   unlink(path.c_str());
 }
 
@@ -153,7 +154,11 @@ TEST_F(ListIoTest, BinaryRecordsRoundTripByteForByte) {
   fclose(f);
   EXPECT_STREQ(read->name, "top");
   EXPECT_EQ(read->status, 4);
-  EXPECT_EQ(Describe(read), "{s:text i:-7 c7 c8 c9 {s: r:-0.250000 c261}}");
+  EXPECT_EQ(Describe(read), "{s:text i:-7 c7 c8 c9 {s: r:-0.250000 c261 c4}}");
+  Complex *z = static_cast<Complex *>(static_cast<List *>(read->values[5].object)->values[3].object);
+  EXPECT_EQ(z->re, 0.5);
+  EXPECT_EQ(z->im, -3);
+  EXPECT_STREQ(z->name, "");
   Matrix *m = static_cast<Matrix *>(read->values[2].object);
   EXPECT_EQ(MatReal(m)[3], 3.5);
   EXPECT_STREQ(m->name, "");  // elements go out and come back without names
@@ -182,7 +187,7 @@ TEST_F(ListIoTest, BinaryRecordsRoundTripByteForByte) {
   EXPECT_STREQ(read->name, "ANS_LIST");
   EXPECT_EQ(Describe(read), "{i:0 i:0}");
   ListElementRead(f, holder, 2);
-  EXPECT_EQ(Describe(holder), "{c261 {s: r:-0.250000 c261}}");
+  EXPECT_EQ(Describe(holder), "{c261 {s: r:-0.250000 c261 c4}}");
   fclose(f);
   ListUndef(read);
   unlink(first.c_str());
@@ -266,10 +271,9 @@ TEST_F(ListIoDeathTest, ReportsOfScanfAndOfElementsThisBuildCannotWrite) {
   die([&] { ListFileScanf(4000, "%d"); }, "\nfscanf(4000, \"%d\") : File is not opened  in ListFileScanf().\n");
   FILE *sink = tmpfile();
   List *l = ListDef("", 1);
-  ListSetObject(l, 1, kListComplex, CompDef("", 0, 0));
-  die([&] { ListWrite(l, sink); },
-      "\nComplex records are not available yet in \"(1 element(s))\" in ListElementWrite().\n");
   ListSetObject(l, 1, kListPolynomial, PolyDef("", 0, nullptr));
+  die([&] { ListWrite(l, sink); },
+      "\nPolynomial records are not available yet in \"(1 element(s))\" in ListElementWrite().\n");
   die([&] { ListFileSave(l, "stdout", 0, 0); },
       "\nPolynomial save form is not available yet in \"(1 element(s))\" in ListElementSave().\n");
   ListSetElement(l, 1, kListDynamicProc, Int(0));
@@ -293,6 +297,8 @@ TEST_F(ListIoDeathTest, BrokenRecordsAreReported) {
   EXPECT_EXIT(read(header(1) + word(2) + "xy"), testing::ExitedWithCode(0),
               Exact("IntegerRead(): Data structure is broken in list.\n"
                     "\nread <- \"\" : Data broken  in ListRead().\n"));
+  EXPECT_EXIT(read(header(1) + word(5)), testing::ExitedWithCode(0),
+              Exact("\nread <- \"\" : Polynomial records are not available yet  in ListRead().\n"));
   EXPECT_EXIT(read(header(-1)), testing::ExitedWithCode(0),
               Exact("\nread <- \"\" : Data structure is broken  in ListRead().\n"));
   // A count far beyond the data costs no allocation of its size.
