@@ -146,17 +146,12 @@ void ListElementSave(FILE *stream, List *l, int i) {
 
 List *ListFileSave(List *l, const char *file, int append, int terminate) {
   CheckSavable(l);
-  OutputFile out(file, append != 0);
-  const char *failure = nullptr;
-  if (out.stream() == nullptr) {
-    failure = "Can't open file ";
-  } else {
-    if (l->name[0] != '\0') fprintf(out.stream(), "%s = ", l->name);
-    Writer writer{out.stream(), true};
+  const char *failure = OutputFileSave(file, append != 0, [l, terminate](FILE *out) {
+    if (l->name[0] != '\0') fprintf(out, "%s = ", l->name);
+    Writer writer{out, true};
     ListWalk(l, writer);
-    if (terminate) fputs(";\n\n", out.stream());
-    if (!out.Finish()) failure = "Can't write file ";
-  }
+    if (terminate) fputs(";\n\n", out);
+  });
   if (failure != nullptr) {
     std::string message = std::string(failure) + file;
     ListSetMessage("save %s(#%d), %s", l->name, l->length, file);

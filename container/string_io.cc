@@ -93,14 +93,8 @@ void vkStringSaveText(FILE *stream, String *s, int terminate) {
 
 String *vkStringFileSave(String *s, const char *file, int append, int terminate) {
   if (s->length < 0) vkStringError("vkStringFileSave()", "Undefined string", s);
-  OutputFile out(file, append != 0);
-  const char *failure = nullptr;
-  if (out.stream() == nullptr) {
-    failure = "Can't open file ";
-  } else {
-    vkStringSaveText(out.stream(), s, terminate);
-    if (!out.Finish()) failure = "Can't write file ";
-  }
+  const char *failure =
+      OutputFileSave(file, append != 0, [s, terminate](FILE *out) { vkStringSaveText(out, s, terminate); });
   if (failure != nullptr) {
     std::string message = std::string(failure) + file;
     vkStringSetMessage("save %s(#%d), %s", s->name, s->length, file);

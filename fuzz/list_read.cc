@@ -11,15 +11,11 @@
 
 #include "container/list.h"
 #include "container/string.h"
-#include "core/alloc.h"
 #include "core/matrix.h"
+#include "fuzz/fatal_harness.h"
 #include "scalar/complex.h"
 
 namespace {
-
-struct FatalReport {};
-
-[[noreturn]] void Throw() { throw FatalReport{}; }
 
 std::string Written(List *l) {
   char *bytes = nullptr;
@@ -42,12 +38,7 @@ void SweepAll() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-  static bool started = [] {
-    SetFatalHandler(Throw);
-    MatInit();
-    return true;
-  }();
-  (void)started;
+  StartFuzzHarness();
   if (size == 0) return 0;
   FILE *f = fmemopen(const_cast<uint8_t *>(data + 1), size - 1, "rb");
   if (f == nullptr) return 0;

@@ -8,24 +8,11 @@
 
 #include "container/list.h"
 #include "container/string.h"
-#include "core/alloc.h"
 #include "core/matrix.h"
-
-namespace {
-
-struct FatalReport {};
-
-[[noreturn]] void Throw() { throw FatalReport{}; }
-
-}  // namespace
+#include "fuzz/fatal_harness.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-  static bool started = [] {
-    SetFatalHandler(Throw);
-    MatInit();
-    return true;
-  }();
-  (void)started;
+  StartFuzzHarness();
   // Format and input are split at the first NUL; both are C strings.
   std::string all(reinterpret_cast<const char *>(data), size);
   size_t split = all.find('\0');

@@ -38,6 +38,17 @@ class OutputFile {
   std::string temporary_;  // empty when writing in place
 };
 
+// Writes file through an OutputFile with write(stream). Returns null, or the
+// words that begin the failure's message, before the file name: "Can't open
+// file " or "Can't write file ".
+template <class Write>
+const char *OutputFileSave(const char *file, bool append, Write write) {
+  OutputFile out(file, append);
+  if (out.stream() == nullptr) return "Can't open file ";
+  write(out.stream());
+  return out.Finish() ? nullptr : "Can't write file ";
+}
+
 // Test seam: called with the descriptor of every new temporary before any
 // write, so a test can point it at a failing device (/dev/full). Returns the
 // previous hook; null restores the plain behaviour.

@@ -14,22 +14,10 @@
 #include "scalar/polynomial.h"
 #include "scalar/rational.h"
 #include "sys/stream_table.h"
+#include "list_values.h"
 #include "support/exact.h"
 
 namespace {
-
-ListValue Int(int v) {
-  ListValue x;
-  x.object = nullptr;
-  x.integer = v;
-  return x;
-}
-
-ListValue Real(double v) {
-  ListValue x;
-  x.real = v;
-  return x;
-}
 
 std::string TempPath(const std::string &leaf) {
   return testing::TempDir() + "velk_list_" + std::to_string(getpid()) + "_" + leaf;

@@ -11,6 +11,7 @@
 #include "scalar/complex.h"
 #include "scalar/polynomial.h"
 #include "scalar/rational.h"
+#include "list_values.h"
 #include "support/exact.h"
 
 namespace {
@@ -32,19 +33,6 @@ void SweepAll() {
   vkStringSweep();
   CompSweep();
   MatSweep();
-}
-
-ListValue Int(int v) {
-  ListValue x;
-  x.object = nullptr;
-  x.integer = v;
-  return x;
-}
-
-ListValue Real(double v) {
-  ListValue x;
-  x.real = v;
-  return x;
 }
 
 List *Ints(std::vector<int> v) {
