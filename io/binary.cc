@@ -492,8 +492,10 @@ Matrix *MatWrite(Matrix *m, FILE *stream, int kind) {
   DataRecordBegin(stream, kind, kDataDouble, m->rows, m->cols, m->cls, m->name);
   long long n = MatCount(m);
   if (m->cls == kReal || m->cls == kComplex) {
-    fwrite(m->elements, sizeof(double), static_cast<size_t>(n * (m->cls == kComplex ? 2 : 1)),
-           stream);
+    // An empty matrix has no storage to hand to fwrite.
+    if (n > 0)
+      fwrite(m->elements, sizeof(double), static_cast<size_t>(n * (m->cls == kComplex ? 2 : 1)),
+             stream);
     return m;
   }
   bool complex_class = HasComplexValues(m->cls);
