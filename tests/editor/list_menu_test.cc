@@ -19,7 +19,17 @@ namespace {
 
 using velk_test::PtySession;
 
+// A hang-up handler the menu's process may have before the menu: the menu
+// hands every signal to it on the way out.
+extern "C" void MarkHangUpHandler(int sig) {
+  char text[32];
+  int n = snprintf(text, sizeof text, "previous handler %d\n", sig);
+  ssize_t written = write(1, text, static_cast<size_t>(n));
+  (void)written;
+}
+
 TEST(MenuChild, Run) {
+  if (getenv("VELK_MENU_HUP_HANDLER") != nullptr) signal(SIGHUP, MarkHangUpHandler);
   if (const char *text = getenv("VELK_EDIT_TEXT")) {
     MatInit();
     String *s = vkStringEdit(vkStringSetName(vkStringFromText(text), "s"));
@@ -36,7 +46,9 @@ TEST(MenuChild, Run) {
   for (int k = 1; k <= count; k++)
     ListSetObject(l, k + 1, kListString, vkStringFromText(("Item " + std::to_string(k)).c_str()));
   int chosen = ListMenu(l, atoi(getenv("VELK_MENU_DEFAULT")));
-  printf("chosen %d\n", chosen);
+  struct sigaction term;
+  sigaction(SIGTERM, nullptr, &term);
+  printf("chosen %d, terminate %s\n", chosen, term.sa_handler == SIG_DFL ? "default" : "changed");
   fflush(stdout);
   _exit(0);
 }
@@ -88,7 +100,8 @@ TEST_F(MenuTest, EightItemsAreDoubleSpacedNineSingle) {
   EXPECT_EQ(Current(), " 3. Item 3");
   pty_.Keys("\r");
   EXPECT_EQ(Chosen(), 3);
-  EXPECT_EQ(pty_.screen.Trimmed(0), "chosen 3");  // cleared and homed before returning
+  // Cleared and homed before returning, and the signals as they were.
+  EXPECT_EQ(pty_.screen.Trimmed(0), "chosen 3, terminate default");
 }
 
 TEST_F(MenuTest, NineItemsAreSingleSpaced) {
@@ -143,6 +156,15 @@ TEST_F(MenuTest, ASignalClearsTheScreenAndEndsWithStatusOne) {
   termios t;
   ASSERT_EQ(tcgetattr(pty_.terminal(), &t), 0);
   EXPECT_NE(t.c_lflag & ICANON, 0u);  // the terminal is cooked again
+}
+
+TEST_F(MenuTest, ASignalCallsTheHandlerHangUpHadThenEnds) {
+  setenv("VELK_MENU_HUP_HANDLER", "1", 1);
+  Open(3, 2);
+  unsetenv("VELK_MENU_HUP_HANDLER");
+  kill(pty_.pid(), SIGTERM);
+  EXPECT_EQ(pty_.Finish(), 1);
+  EXPECT_NE(pty_.output.find("\x1b[2J\x1b[1;1Hprevious handler " + std::to_string(SIGTERM)), std::string::npos);
 }
 
 TEST_F(MenuTest, CtrlCEndsTheMenuAsAnInterrupt) {
