@@ -29,6 +29,7 @@ struct Piece {
   int width;      // 0: none given
   bool skipped;   // "%hf" and its kin: nothing is read, the element stays as made
   bool valid;     // a conversion this reader makes
+  ListClass made;  // the element class it makes
 };
 
 constexpr int kSlotsMax = 16;  // conversions of the one-call form
@@ -40,7 +41,14 @@ struct Format {
   std::vector<Piece> pieces;
   bool one_call = false;
   std::string joined;  // the pieces that read, as one format
+  std::vector<const Piece *> reading;  // those pieces
+  // A format ending in a plain "%s" reads that word from a stream into a
+  // buffer of its own first: the common case of a line ending in a word
+  // costs no allocation.
+  std::string joined_bounded;  // empty when the format does not end so
 };
+
+constexpr int kWordChunk = 4095;  // "%4095s": the buffer's part of a word
 
 bool IsReal(char c) { return strchr("eEfgG", c) != nullptr && c != '\0'; }
 bool IsInteger(char c) { return strchr("diouxX", c) != nullptr && c != '\0'; }
@@ -78,6 +86,7 @@ const Format &Parse(const char *format) {
     piece.conversion = k < n ? f[k] : '\0';
     size_t end = k < n ? k + 1 : n;
     piece.skipped = IsReal(piece.conversion) && piece.modifier == 'h';
+    piece.made = IsReal(piece.conversion) ? kListReal : IsInteger(piece.conversion) ? kListInteger : kListString;
     piece.valid = IsReal(piece.conversion) || IsInteger(piece.conversion) ||
                   (IsText(piece.conversion) && piece.modifier == 0 && piece.width <= kCharWidthMax);
     // "%s" lets the library allocate what the input really holds ("%ms");
@@ -88,15 +97,20 @@ const Format &Parse(const char *format) {
     parsed.pieces.push_back(piece);
   }
   if (!parsed.pieces.empty()) parsed.pieces.back().text += f.substr(at);
-  int reading = 0;
   parsed.one_call = true;
   for (const Piece &p : parsed.pieces) {
     if (!p.valid) parsed.one_call = false;
     if (p.skipped) continue;
     parsed.joined += p.text;
-    reading++;
+    parsed.reading.push_back(&p);
   }
-  if (reading > kSlotsMax) parsed.one_call = false;
+  if (parsed.reading.size() > static_cast<size_t>(kSlotsMax)) parsed.one_call = false;
+  const std::string plain_word = "%ms";
+  const std::string &j = parsed.joined;
+  if (parsed.one_call && j.size() >= plain_word.size() &&
+      j.compare(j.size() - plain_word.size(), plain_word.size(), plain_word) == 0 &&
+      !parsed.pieces.back().skipped)
+    parsed.joined_bounded = j.substr(0, j.size() - plain_word.size()) + "%" + std::to_string(kWordChunk) + "s";
   return parsed;
 }
 
@@ -114,10 +128,10 @@ union Slot {
 void Store(List *l, int k, const Piece &p, Slot &slot) {
   ListValue v;
   v.object = nullptr;
-  if (IsReal(p.conversion)) {
+  if (p.made == kListReal) {
     v.real = p.modifier == 'l' ? slot.d : slot.f;
     ListStore(l, k, kListReal, v);
-  } else if (IsInteger(p.conversion)) {
+  } else if (p.made == kListInteger) {
     v.integer = p.modifier == 'l' ? static_cast<int>(slot.l) : p.modifier == 'h' ? slot.h : slot.i;
     ListStore(l, k, kListInteger, v);
   } else {
@@ -154,7 +168,7 @@ void PrepareText(const Piece &p, Slot &slot) {
 
 // After the call, converted or not.
 void ReleaseText(const Piece &p, Slot &slot) {
-  if (IsText(p.conversion)) free(slot.s);
+  if (p.made == kListString) free(slot.s);
 }
 
 enum Outcome { kDone, kEnded, kUnmatched };
@@ -162,19 +176,31 @@ enum Outcome { kDone, kEnded, kUnmatched };
 // The one-call form. *done receives the elements made (skipped ones count).
 Outcome OneCall(FILE *fp, const char *text, const Format &f, List *l, int *done) {
   Slot slots[kSlotsMax];
-  const Piece *reading[kSlotsMax];
-  int n = 0;
-  for (const Piece &p : f.pieces)
-    if (!p.skipped) reading[n++] = &p;
-  for (int j = 0; j < kSlotsMax; j++) slots[j].s = nullptr;
   void *targets[kSlotsMax];
-  for (int j = 0; j < kSlotsMax; j++) targets[j] = &slots[j];
+  const int n = static_cast<int>(f.reading.size());
   for (int j = 0; j < n; j++) {
-    PrepareText(*reading[j], slots[j]);
-    targets[j] = Target(*reading[j], slots[j]);
+    PrepareText(*f.reading[j], slots[j]);
+    targets[j] = Target(*f.reading[j], slots[j]);
   }
-  int r = Scan(fp, text, f.joined.c_str(), targets);
+  for (int j = n; j < kSlotsMax; j++) targets[j] = nullptr;  // passed, never written
+  static char word[kWordChunk + 1];
+  const bool bounded = fp != nullptr && !f.joined_bounded.empty();
+  if (bounded) targets[n - 1] = word;
+  int r = Scan(fp, text, (bounded ? f.joined_bounded : f.joined).c_str(), targets);
   int made = r == EOF ? 0 : r;
+  std::string long_word;
+  if (bounded && made == n) {
+    slots[n - 1].s = word;
+    if (strlen(word) == kWordChunk) {
+      // The buffer is full: the rest of the word is still in the stream.
+      char *more = nullptr;
+      if (fscanf(fp, "%m[^ \t\n\v\f\r]", &more) == 1) {
+        long_word = std::string(word) + more;
+        slots[n - 1].s = long_word.data();
+      }
+      free(more);
+    }
+  }
   int j = 0;
   *done = 0;
   for (const Piece &p : f.pieces) {
@@ -184,7 +210,8 @@ Outcome OneCall(FILE *fp, const char *text, const Format &f, List *l, int *done)
     }
     (*done)++;
   }
-  for (int k = 0; k < n; k++) ReleaseText(*reading[k], slots[k]);
+  if (bounded) slots[n - 1].s = nullptr;  // not the library's allocation
+  for (int k = 0; k < n; k++) ReleaseText(*f.reading[k], slots[k]);
   if (*done == f.count) return kDone;
   return r == EOF || (fp != nullptr && feof(fp)) ? kEnded : kUnmatched;
 }

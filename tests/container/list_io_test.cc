@@ -236,6 +236,19 @@ TEST_F(ListIoTest, FileScanfReadsLineAfterLine) {
   EXPECT_EQ(Describe(ListFileScanf(fd, "%d %lf %s")), "{i:3}");
   EXPECT_EQ(Describe(ListFileScanf(fd, "%d %lf %s")), "{}");
   FileClose(fd);
+  // Words longer than any buffer of the reader come whole, whatever their length.
+  for (size_t n : {4094u, 4095u, 4096u, 10000u}) {
+    std::string word(n, 'w');
+    word[n - 1] = 'z';
+    f = fopen(path.c_str(), "w");
+    fprintf(f, "7 %s next\n", word.c_str());
+    fclose(f);
+    fd = FileOpen(path.c_str(), "r");
+    List *l = ListFileScanf(fd, "%d %s");
+    EXPECT_EQ(std::string(static_cast<String *>(l->values[1].object)->text), word) << n;
+    EXPECT_EQ(Describe(ListFileScanf(fd, "%s")), "{s:next}") << n;
+    FileClose(fd);
+  }
   unlink(path.c_str());
 }
 
