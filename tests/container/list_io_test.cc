@@ -213,6 +213,8 @@ TEST_F(ListIoTest, ScanfConvertsPieceByPiece) {
   EXPECT_EQ(scan("ab cd", "%4c"), "{s:ab c}");
   EXPECT_EQ(scan("x=1,y=-2;", "x=%d,y=%d;"), "{i:1 i:-2}");
   EXPECT_EQ(scan("70000 -1 ff 017", "%hd %ld %x %o"), "{i:4464 i:-1 i:255 i:15}");
+  EXPECT_EQ(scan("0x1f 7 FF 1e2 2.5 -3E-1 4", "%i %u %X %le %lg %lE %lG"),
+            "{i:31 i:7 i:255 r:100.000000 r:2.500000 r:-0.300000 r:4.000000}");
   // Without "l" a real is read in single precision and widened.
   EXPECT_EQ(ListStringScanf(vkStringFromText("0.1"), "%f")->values[0].real, static_cast<double>(0.1f));
   EXPECT_EQ(ListStringScanf(vkStringFromText("0.1"), "%lf")->values[0].real, 0.1);
