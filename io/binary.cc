@@ -498,6 +498,7 @@ Matrix *MatWrite(Matrix *m, FILE *stream, int kind) {
              stream);
     return m;
   }
+  if (n == 0) return m;  // 0 x 2^31 has no element: no loop over its columns
   bool complex_class = HasComplexValues(m->cls);
   for (int j = 0; j < m->cols; j++) {
     for (int i = 0; i < m->rows; i++) {
