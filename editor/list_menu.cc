@@ -75,6 +75,7 @@ void DrawPrompt(const Layout &layout) {
 }  // namespace
 
 int TermMenu(const char *title, const char *const *items, int count, int def) {
+  if (count < 1) return 0;  // nothing to choose
   Layout layout{items, count, 0, 1, count < 9 ? 2 : 1};
   for (int k = 0; k < count; k++) layout.width = std::max(layout.width, static_cast<int>(strlen(items[k])));
   layout.column = std::max(1, (81 - layout.width) / 2);

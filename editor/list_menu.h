@@ -11,7 +11,8 @@ struct String;
 // Keys: Ctrl-N, space, j, n and Down move down; Ctrl-P, k, p and Up move up
 // (both wrap); a digit goes to that item, plus ten for each "+" typed just
 // before it. While the menu is up, an interrupt, termination, quit or hang-up
-// clears the screen and ends the program with status 1.
+// clears the screen and ends the program with status 1. Without items it
+// returns 0 at once.
 int TermMenu(const char *title, const char *const *items, int count, int def);
 
 // A list of strings as a menu: element 1 the title, elements 2 ... n the
