@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string>
 
-#include "bench/alloc_count.h"
+#include "bench/count_allocations.h"
 #include "container/list.h"
 #include "container/string.h"
 #include "core/matrix.h"
