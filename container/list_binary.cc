@@ -11,7 +11,10 @@
 #include "core/matrix.h"
 #include "io/binary.h"
 #include "io/complex_io.h"
+#include "io/poly_io.h"
 #include "scalar/complex.h"
+#include "scalar/polynomial.h"
+#include "scalar/rational.h"
 
 namespace {
 
@@ -32,10 +35,10 @@ void WriteLeaf(FILE *stream, List *l, int k) {
       WithoutName(static_cast<Complex *>(v.object), [stream](Complex *c) { CompWrite(c, stream); });
       break;
     case kListPolynomial:
-      ListError("ListElementWrite()", "Polynomial records are not available yet", l);
+      WithoutName(static_cast<Polynomial *>(v.object), [stream](Polynomial *p) { PolyWrite(p, stream); });
       break;
     case kListRational:
-      ListError("ListElementWrite()", "Rational records are not available yet", l);
+      WithoutName(static_cast<Rational *>(v.object), [stream](Rational *r) { RatWrite(r, stream); });
       break;
     case kListMatrix:
     case kListArray:
@@ -107,8 +110,8 @@ ListValue ReadLeaf(FILE *stream, List *l, int tag) {
       if (RealRead(&v.real, stream, "list") != 0) ReadFailure(l, "Data broken");
       break;
     case kListComplex: v.object = CompSetName(CompRead(CompDef("", 0, 0), stream), ""); break;
-    case kListPolynomial: ReadFailure(l, "Polynomial records are not available yet");
-    case kListRational: ReadFailure(l, "Rational records are not available yet");
+    case kListPolynomial: v.object = PolySetName(PolyRead(PolyDef("", -1, nullptr), stream), ""); break;
+    case kListRational: v.object = RatSetName(RatRead(RatDef("", 0, 0), stream), ""); break;
     case kListMatrix:
     case kListArray:
     case kListIndex: v.object = MatSetName(MatRead(MatDef("", 0, 0), stream, tag), ""); break;

@@ -4,7 +4,6 @@
 
 #include "container/list_walk.h"
 #include "container/string.h"
-#include "core/alloc.h"
 #include "core/text.h"
 #include "io/output_file.h"
 #include "scalar/complex.h"
@@ -15,18 +14,16 @@ namespace {
 
 // The save form of a polynomial or rational comes from its own layer, through
 // the text hooks of the core; until that layer plugs them in there is none.
-// Why element k has no save form in this build, or null.
+// Why element k has no save form in this build, or null: a polynomial or
+// rational matrix's save form comes from its layer's text hooks, which a
+// program without that layer does not have.
 const char *Unsavable(List *l, int k) {
   int cls = l->classes[k];
-  if (cls == kListPolynomial && MatGetPolyText().element == nullptr)
-    return "Polynomial save form is not available yet";
-  if (cls == kListRational && MatGetRatText().element == nullptr)
-    return "Rational save form is not available yet";
   if (cls >= kListMatrix && cls <= kListIndex) {
     Matrix *m = static_cast<Matrix *>(l->values[k].object);
     if ((IsPolyClass(m->cls) && MatGetPolyText().element == nullptr) ||
         (IsRatClass(m->cls) && MatGetRatText().element == nullptr))
-      return "Polynomial and rational save forms are not available yet";
+      return "Polynomial and rational save forms are not available";
   }
   return nullptr;
 }
@@ -42,22 +39,6 @@ void CheckSavable(List *l) {
     void Leave(List *) {}
   } checker;
   ListWalk(l, checker);
-}
-
-void SavePolynomial(FILE *out, Polynomial *p) {
-  const MatPolyText &text = MatGetPolyText();
-  char *s = text.element(p, 0, 1 << 30);
-  fputs(s, out);
-  efree(s);
-}
-
-void SaveRational(FILE *out, Rational *r) {
-  const MatRatText &text = MatGetRatText();
-  char *nume, *deno;
-  text.element(r, 0, 1 << 30, &nume, &deno);
-  fprintf(out, "(%s)/(%s)", nume, deno);
-  efree(nume);
-  efree(deno);
 }
 
 void SaveMatrix(FILE *out, Matrix *m) {
@@ -81,13 +62,13 @@ void ElementText(FILE *out, List *l, int k, bool save) {
       break;
     case kListPolynomial:
       if (save)
-        SavePolynomial(out, static_cast<Polynomial *>(v.object));
+        WithoutName(static_cast<Polynomial *>(v.object), [out](Polynomial *p) { PolySaveText(out, p, 0); });
       else
         fputs("POLYNOMIAL", out);
       break;
     case kListRational:
       if (save)
-        SaveRational(out, static_cast<Rational *>(v.object));
+        WithoutName(static_cast<Rational *>(v.object), [out](Rational *r) { RatSaveText(out, r, 0); });
       else
         fputs("RATIONAL", out);
       break;

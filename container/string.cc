@@ -30,7 +30,7 @@ void Describe(FILE *out, const void *object, bool second) {
 void LogAppend(const void *object) {
   String *s = static_cast<String *>(const_cast<void *>(object));
   if (s->length == -1) return;
-  FILE *log = fopen("Velk.log", "a");
+  FILE *log = LogOpenAppend(nullptr);
   if (log == nullptr) return;
   vkStringSaveText(log, s, 1);
   fclose(log);

@@ -49,6 +49,8 @@ std::string Describe(List *l) {
 }
 
 void SweepAll() {
+  RatSweep();
+  PolySweep();
   ListSweep();
   vkStringSweep();
   PolySweep();
@@ -82,7 +84,15 @@ List *Writable() {
   Matrix *c = C_MatDef("", 1, 1);
   MatReal(c)[0] = 1;
   MatReal(c)[1] = -1;
-  List *l = ListDef("top", 6);
+  Polynomial *p = PolyDef("", 2, nullptr);
+  for (int k = 0; k < 3; k++) MatReal(p->coef)[k] = k - 1.5;
+  Rational *r = RatDef("", 1, 0);
+  MatReal(r->nume->coef)[0] = 1;
+  MatReal(r->nume->coef)[1] = 2;
+  MatReal(r->deno->coef)[0] = 4;
+  List *l = ListDef("top", 8);
+  ListSetObject(l, 7, kListPolynomial, p);
+  ListSetObject(l, 8, kListRational, r);
   ListSetObject(l, 1, kListString, vkStringSetName(vkStringFromText("text"), "s"));
   ListSetElement(l, 2, kListInteger, Int(-7));
   ListSetObject(l, 3, kListMatrix, m);
@@ -126,7 +136,7 @@ TEST_F(ListIoTest, SaveFormNestsAndAppends) {
   EXPECT_EQ(Slurp(path),
             "top = {\"text\", -7, [[  5.00000000E-01,  1.50000000E+00  ]\n"
             " [  2.50000000E+00,  3.50000000E+00  ]], [[(  1.00000000E+00, -1.00000000E+00)]]"
-            ", [], {\"\", -0.25, UNDEF, \"(0.5,-3)\"}};\n\n{0}");
+            ", [], {\"\", -0.25, UNDEF, \"(0.5,-3)\"}, 0.5*s^2 - 0.5*s - 1.5, (2*s + 1)/\n(4)};\n\n{0}");
   unlink(path.c_str());
 }
 
@@ -142,7 +152,11 @@ TEST_F(ListIoTest, BinaryRecordsRoundTripByteForByte) {
   fclose(f);
   EXPECT_STREQ(read->name, "top");
   EXPECT_EQ(read->status, 4);
-  EXPECT_EQ(Describe(read), "{s:text i:-7 c7 c8 c9 {s: r:-0.250000 c261 c4}}");
+  EXPECT_EQ(Describe(read), "{s:text i:-7 c7 c8 c9 {s: r:-0.250000 c261 c4} c5 c6}");
+  Polynomial *p = static_cast<Polynomial *>(read->values[6].object);
+  EXPECT_EQ(p->degree, 2);
+  EXPECT_EQ(MatReal(p->coef)[2], 0.5);
+  EXPECT_EQ(MatReal(static_cast<Rational *>(read->values[7].object)->deno->coef)[0], 4);
   Complex *z = static_cast<Complex *>(static_cast<List *>(read->values[5].object)->values[3].object);
   EXPECT_EQ(z->re, 0.5);
   EXPECT_EQ(z->im, -3);
@@ -160,7 +174,7 @@ TEST_F(ListIoTest, BinaryRecordsRoundTripByteForByte) {
   int words[8];
   memcpy(words, bytes.data(), sizeof words);
   EXPECT_EQ(words[3], 0x20002010 - 0x10 + 10);
-  EXPECT_EQ(words[4], 6);
+  EXPECT_EQ(words[4], 8);
   EXPECT_EQ(words[7], 4);  // "top" and its NUL
   int tag;
   memcpy(&tag, bytes.data() + 36, 4);
@@ -274,11 +288,6 @@ TEST_F(ListIoDeathTest, ReportsOfScanfAndOfElementsThisBuildCannotWrite) {
   die([&] { ListFileScanf(4000, "%d"); }, "\nfscanf(4000, \"%d\") : File is not opened  in ListFileScanf().\n");
   FILE *sink = tmpfile();
   List *l = ListDef("", 1);
-  ListSetObject(l, 1, kListPolynomial, PolyDef("", 0, nullptr));
-  die([&] { ListWrite(l, sink); },
-      "\nPolynomial records are not available yet in \"(1 element(s))\" in ListElementWrite().\n");
-  die([&] { ListFileSave(l, "stdout", 0, 0); },
-      "\nPolynomial save form is not available yet in \"(1 element(s))\" in ListElementSave().\n");
   ListSetElement(l, 1, kListDynamicProc, Int(0));
   die([&] { ListWrite(l, sink); }, "\nNot appropriate element in \"(1 element(s))\" in ListElementWrite().\n");
   fclose(sink);
@@ -300,8 +309,6 @@ TEST_F(ListIoDeathTest, BrokenRecordsAreReported) {
   EXPECT_EXIT(read(header(1) + word(2) + "xy"), testing::ExitedWithCode(0),
               Exact("IntegerRead(): Data structure is broken in list.\n"
                     "\nread <- \"\" : Data broken  in ListRead().\n"));
-  EXPECT_EXIT(read(header(1) + word(5)), testing::ExitedWithCode(0),
-              Exact("\nread <- \"\" : Polynomial records are not available yet  in ListRead().\n"));
   EXPECT_EXIT(read(header(-1)), testing::ExitedWithCode(0),
               Exact("\nread <- \"\" : Data structure is broken  in ListRead().\n"));
   // A count far beyond the data costs no allocation of its size.
