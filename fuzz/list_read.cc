@@ -1,5 +1,5 @@
-// Any byte string either reads as a list record (nested lists of every kind
-// this build reads, to any depth) or a string record, or ends in a report:
+// Any byte string either reads as a list record (nested lists of every kind,
+// to any depth) or a string record, or ends in a report:
 // never a crash, a read past a buffer, a stack overflow, or an allocation
 // that follows a header's counts instead of the data. A list that reads is
 // written back, read again and written again: the two writings must agree
@@ -14,6 +14,8 @@
 #include "core/matrix.h"
 #include "fuzz/fatal_harness.h"
 #include "scalar/complex.h"
+#include "scalar/polynomial.h"
+#include "scalar/rational.h"
 
 namespace {
 
@@ -29,6 +31,8 @@ std::string Written(List *l) {
 }
 
 void SweepAll() {
+  RatSweep();
+  PolySweep();
   ListSweep();
   vkStringSweep();
   CompSweep();
