@@ -12,6 +12,7 @@
 #include "container/list.h"
 #include "container/string.h"
 #include "core/matrix.h"
+#include "core/scope.h"
 #include "fuzz/fatal_harness.h"
 #include "scalar/complex.h"
 #include "scalar/polynomial.h"
@@ -30,14 +31,7 @@ std::string Written(List *l) {
   return s;
 }
 
-void SweepAll() {
-  RatSweep();
-  PolySweep();
-  ListSweep();
-  vkStringSweep();
-  CompSweep();
-  MatSweep();
-}
+void SweepAll() { SweepInOrder(kSweepAllOrder); }
 
 }  // namespace
 

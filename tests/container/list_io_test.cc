@@ -9,6 +9,7 @@
 #include "container/list.h"
 #include "container/string.h"
 #include "core/matrix.h"
+#include "core/scope.h"
 #include "io/binary.h"
 #include "scalar/complex.h"
 #include "scalar/polynomial.h"
@@ -48,15 +49,7 @@ std::string Describe(List *l) {
   return s + "}";
 }
 
-void SweepAll() {
-  RatSweep();
-  PolySweep();
-  ListSweep();
-  vkStringSweep();
-  PolySweep();
-  CompSweep();
-  MatSweep();
-}
+void SweepAll() { SweepInOrder(kSweepAllOrder); }
 
 class ListIoTest : public testing::Test {
  protected:

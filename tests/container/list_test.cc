@@ -8,6 +8,7 @@
 #include "container/list.h"
 #include "container/string.h"
 #include "core/matrix.h"
+#include "core/scope.h"
 #include "scalar/complex.h"
 #include "scalar/polynomial.h"
 #include "scalar/rational.h"
@@ -26,14 +27,7 @@ Counts Live() {
           RatRegistryCheck(), ListRegistryCheck(), vkStringRegistryCheck()};
 }
 
-void SweepAll() {
-  RatSweep();
-  PolySweep();
-  ListSweep();
-  vkStringSweep();
-  CompSweep();
-  MatSweep();
-}
+void SweepAll() { SweepInOrder(kSweepAllOrder); }
 
 List *Ints(std::vector<int> v) {
   List *l = ListDef("", static_cast<int>(v.size()));
