@@ -272,13 +272,9 @@ Matrix *MatScaleC(Matrix *m, Complex *z) {
 Matrix *MatPow(Matrix *m, int n) {
   Front f{"MatPow()", [=] { MatSetMessage("%s(%dx%d)^%d", m->name, m->rows, m->cols, n); }};
   if (m->rows != m->cols) return f.Fail("Not a square matrix", m);
-  // m^-n is inv(m)^n for real and complex m, the inverse with the default
-  // tolerance of the Frobenius norm times eps; polynomial and rational
-  // matrices have no inverse yet.
-  if (n < 0 && IsValidClass(m->cls) && m->cls > kComplex) {
-    f.label();
-    return NotAvailableYet("MatPow()", "Negative matrix power", m, nullptr);
-  }
+  // m^-n is inv(m)^n, the inverse with the default tolerance of the
+  // Frobenius norm times eps; only real and complex matrices have one.
+  if (n < 0 && IsValidClass(m->cls) && !IsNumericClass(m->cls)) return f.BadClass(m);
   unsigned power = n < 0 ? 0u - static_cast<unsigned>(n) : static_cast<unsigned>(n);
   if (n < 0 && (m->cls == kReal || m->cls == kComplex))
     m = MatSetName(MatInv(m, MatFrobNorm(m) * eps), m->name);

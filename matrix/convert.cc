@@ -75,12 +75,6 @@ Matrix *FailWith(const char *location, const char *message, Matrix *a, Matrix *b
   return MatDef("", 0, 0);
 }
 
-Matrix *NotAvailableYet(const char *location, const char *what, Matrix *a, Matrix *b) {
-  char message[96];
-  snprintf(message, sizeof message, "%s is not available yet", what);
-  return FailWith(location, message, a, b);
-}
-
 }  // namespace velk_matrix
 
 // ---- conversions ------------------------------------------------------------------

@@ -48,8 +48,6 @@ inline void Label2(const char *format, const Matrix *a, const Matrix *b) {
 // Reports for a front-end; each writes the label first. Fatal: they return (an
 // empty real matrix) only when a harness intercepts the exit.
 Matrix *FailWith(const char *location, const char *message, Matrix *a, Matrix *b);
-// "<what> is not available yet": work that waits for a later layer.
-Matrix *NotAvailableYet(const char *location, const char *what, Matrix *a, Matrix *b);
 
 template <class Label>
 struct Front {

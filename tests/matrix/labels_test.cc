@@ -74,7 +74,7 @@ TEST_F(LabelsDeathTest, EveryFrontEndReportsItsExpression) {
       {[=] { MatPowElemToReal(p, 0.5); },
        "P(2x2).^0.5 : Incorrect class matrix in MatPowElemToReal()."},
       {[=] { MatPow(r, -1); },
-       "R(2x2)^-1 : Negative matrix power is not available yet in MatPow()."},
+       "R(2x2)^-1 : Incorrect class matrix in MatPow()."},
       // Cut, put and parts. The invalid block texts are the message itself,
       // so the operands are described after them.
       {[=] { MatCut(e, 1, 1, 1, 1); }, "E(0x3)(1:1,1:1) : Zero-size matrix in MatCut()."},
