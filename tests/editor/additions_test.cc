@@ -1,5 +1,5 @@
-// The window's own size, resizes and resumes, undo and redo, bounded fields,
-// UTF-8 file names and the overwrite of one part, through a pty.
+// Window size, resizes and resumes, undo and redo, bounded fields, UTF-8 names and the
+// overwrite of one part, through a pty.
 #include <csignal>
 #include <cstdlib>
 
@@ -28,10 +28,8 @@ std::string NumberedRow(int r, int left, int n) {
 
 }  // namespace
 
-// The rows and number columns follow the window: lines - 7 rows and
-// (columns - 7) / 16 numbers. A resize repaints at once with the cursor in
-// view, a prompt included; below 60 x 10 a notice stands alone and keys do
-// nothing; a resume repaints. Nothing is written past the window.
+// lines - 7 rows and (columns - 7) / 16 numbers; a resize repaints with the cursor in view,
+// below 60 x 10 only a notice; a resume repaints. Nothing is written past the window.
 TEST_F(EditorTest, TheLayoutFollowsTheWindow) {
   WriteFile("a.mat", MatrixText(30, 10, Numbered(30, 10)));
   Open({"a.mat"}, 30, 120);
@@ -75,8 +73,7 @@ TEST_F(EditorTest, TheLayoutFollowsTheWindow) {
   EXPECT_EQ(Quit(), 0);
 }
 
-// The stray E behind the last complex element would fall past a 71-column
-// window's edge: it is cut there.
+// The stray E behind the last complex element is cut at a 71-column window's edge.
 TEST_F(EditorTest, NothingIsWrittenPastTheLastColumn) {
   WriteFile("c.mat", MatrixText(1, 3, Numbered(1, 3, true), true));
   Open({"c.mat"}, 24, 71);
@@ -85,17 +82,14 @@ TEST_F(EditorTest, NothingIsWrittenPastTheLastColumn) {
   EXPECT_EQ(Quit(), 0);
 }
 
-// Every change undoes and redoes, many levels deep: a number, a whole
-// matrix, a size, a delete, a block; the cursor goes to the element or the
-// block, or home. A new change drops what could be redone. Undone to the
-// start, the file is not rewritten. Undo also takes back an empty size.
+// Every kind of change undoes and redoes, many levels deep; a new change drops the redo
+// list; undone to the start, the file is not rewritten.
 TEST_F(EditorTest, UndoAndRedoEveryChange) {
   WriteFile("a.mat", MatrixText(3, 2, Numbered(3, 2)));
   auto stamp = Stamp("a.mat", true);
   Open({"a.mat"});
-  const std::vector<double> start = Numbered(3, 2);
-  const std::vector<double> five = {5, 102, 201, 202, 301, 302};
-  const std::vector<double> eye = {1, 0, 0, 1, 0, 0};
+  const std::vector<double> start = Numbered(3, 2), five = {5, 102, 201, 202, 301, 302},
+                            eye = {1, 0, 0, 1, 0, 0};
   Run({{"j5\n", 3, 2, five, At(1, 2)},
        {"u", 3, 2, start, At(1, 1)},
        {"l\x12", 3, 2, five, At(1, 1)},
@@ -119,8 +113,7 @@ TEST_F(EditorTest, UndoAndRedoEveryChange) {
   EXPECT_EQ(Stamp("a.mat"), stamp);
 }
 
-// The history keeps what VELK_UNDO_MAX allows, dropping the oldest first:
-// here two number entries.
+// VELK_UNDO_MAX caps the history, oldest first: here two number entries.
 TEST_F(EditorTest, TheHistoryIsCappedOldestFirst) {
   WriteFile("a.mat", MatrixText(1, 3, {0, 0, 0}));
   setenv("VELK_UNDO_MAX", "150", 1);
@@ -130,8 +123,7 @@ TEST_F(EditorTest, TheHistoryIsCappedOldestFirst) {
   EXPECT_EQ(Quit(), 0);
 }
 
-// Fields take what they show: 17 characters of a number, 4 digits of a
-// count; further keys ring and are refused, never cut at conversion.
+// 17 characters of a number, 4 digits of a count; further keys ring and are refused.
 TEST_F(EditorTest, FieldsRefuseKeysPastTheirBound) {
   WriteFile("a.mat", MatrixText(2, 2, {1, 2, 3, 4}));
   Open({"a.mat"});
@@ -141,8 +133,7 @@ TEST_F(EditorTest, FieldsRefuseKeysPastTheirBound) {
   EXPECT_EQ(Quit(), 0);
 }
 
-// A file name typed in UTF-8 is kept whole; Backspace takes a whole
-// character, and the cursor counts characters.
+// A UTF-8 file name is kept whole; Backspace and the cursor count characters.
 TEST_F(EditorTest, PromptsTakeUtf8) {
   WriteFile("a.mat", MatrixText(1, 1, {1}));
   Open({"a.mat"});
@@ -156,8 +147,7 @@ TEST_F(EditorTest, PromptsTakeUtf8) {
   EXPECT_EQ(Quit(), 0);
 }
 
-// In the real part's view, a complex block writes its real part only: the
-// imaginary parts stay as they were, everywhere. Undone, the block is back.
+// In the real part's view a complex block writes its real part only; undo brings it back.
 TEST_F(EditorTest, OverwriteInOnePartKeepsTheOther) {
   WriteFile("c.mat", MatrixText(2, 2, Numbered(2, 2, true), true));
   Open({"c.mat"});

@@ -70,7 +70,7 @@ class MenuTest : public testing::Test {
     ASSERT_TRUE(pty_.Settle());
   }
 
-  // The item drawn last in reverse video: the one the menu shows as current.
+  // The item drawn last in reverse video.
   std::string Current() const {
     size_t on = pty_.output.rfind("\x1b[7m");
     if (on == std::string::npos) return "";
@@ -85,49 +85,38 @@ class MenuTest : public testing::Test {
     return at == std::string::npos ? -1 : atoi(pty_.output.c_str() + at + 7);
   }
 
+  void Layout(int items, int def, int step, const char *key);
   PtySession pty_;
 };
 
-TEST_F(MenuTest, EightItemsAreDoubleSpacedNineSingle) {
-  Open(8, 3);
-  const velk_test::Screen &s = pty_.screen;
-  // Longest item 6 wide: items at column (81 - 6) / 2, the title (6 wide too)
-  // at (81 - 6) / 2, both counted from 1.
-  EXPECT_EQ(s.Trimmed(1), std::string(36, ' ') + "Choose");
-  for (int k = 1; k <= 8; k++)
-    EXPECT_EQ(s.Trimmed(3 + 2 * (k - 1)), std::string(36, ' ') + " " + std::to_string(k) + ". Item " + std::to_string(k));
-  EXPECT_EQ(s.Trimmed(19), std::string(36, ' ') + "Select a menu number:");
-  EXPECT_EQ(Current(), " 3. Item 3");
-  pty_.Keys("\r");
-  EXPECT_EQ(Chosen(), 3);
+// Items and title 6 wide: at column (81 - 6) / 2, counted from 1. Eight items
+// are double spaced, nine single; either end of line chooses.
+void MenuTest::Layout(int items, int def, int step, const char *key) {
+  const std::string pad(36, ' ');
+  auto item = [](int k) { return " " + std::to_string(k) + ". Item " + std::to_string(k); };
+  Open(items, def);
+  EXPECT_EQ(pty_.screen.Trimmed(1), pad + "Choose");
+  for (int k = 1; k <= items; k++) EXPECT_EQ(pty_.screen.Trimmed(3 + step * (k - 1)), pad + item(k));
+  EXPECT_EQ(pty_.screen.Trimmed(5 + step * (items - 1)), pad + "Select a menu number:");
+  EXPECT_EQ(Current(), item(def));
+  pty_.Keys(key);
+  EXPECT_EQ(Chosen(), def);
   // Cleared and homed before returning, and the signals as they were.
-  EXPECT_EQ(pty_.screen.Trimmed(0), "chosen 3, terminate default");
+  EXPECT_EQ(pty_.screen.Trimmed(0), "chosen " + std::to_string(def) + ", terminate default");
 }
 
-TEST_F(MenuTest, NineItemsAreSingleSpaced) {
-  Open(9, 9);
-  for (int k = 1; k <= 9; k++)
-    EXPECT_EQ(pty_.screen.Trimmed(3 + (k - 1)),
-              std::string(36, ' ') + " " + std::to_string(k) + ". Item " + std::to_string(k));
-  EXPECT_EQ(pty_.screen.Trimmed(13), std::string(36, ' ') + "Select a menu number:");
-  EXPECT_EQ(Current(), " 9. Item 9");
-  pty_.Keys("\n");
-  EXPECT_EQ(Chosen(), 9);
-}
+TEST_F(MenuTest, EightItemsAreDoubleSpaced) { Layout(8, 3, 2, "\r"); }
+TEST_F(MenuTest, NineItemsAreSingleSpaced) { Layout(9, 9, 1, "\n"); }
 
 TEST_F(MenuTest, MovesWrapAndArrowSequencesMove) {
   Open(4, 1);
-  struct Step {
-    std::string keys;
-    int current;
-  } steps[] = {
+  const std::pair<std::string, int> steps[] = {
       {"k", 4}, {"j", 1}, {" ", 2}, {"n", 3}, {"\x0e", 4}, {"\x0e", 1}, {"p", 4},
       {"\x10", 3}, {"\x1b[A", 2}, {"\x1b[B", 3}, {"x", 3}, {"0", 3}, {"7", 3},
   };
-  for (const Step &step : steps) {
-    ASSERT_TRUE(pty_.Send(step.keys)) << step.keys;
-    EXPECT_EQ(Current(), " " + std::to_string(step.current) + ". Item " + std::to_string(step.current))
-        << "after " << step.keys;
+  for (const auto &[keys, current] : steps) {
+    ASSERT_TRUE(pty_.Send(keys)) << keys;
+    EXPECT_EQ(Current(), " " + std::to_string(current) + ". Item " + std::to_string(current)) << keys;
   }
   pty_.Keys("\r");
   EXPECT_EQ(Chosen(), 3);
@@ -148,23 +137,16 @@ TEST_F(MenuTest, DigitsWithPlusSelectBeyondNine) {
   EXPECT_EQ(Chosen(), 4);
 }
 
-TEST_F(MenuTest, ASignalClearsTheScreenAndEndsWithStatusOne) {
-  Open(3, 2);
-  kill(pty_.pid(), SIGTERM);
-  EXPECT_EQ(pty_.Finish(), 1);
-  EXPECT_EQ(pty_.output.substr(pty_.output.size() - 10), "\x1b[2J\x1b[1;1H");
-  termios t;
-  ASSERT_EQ(tcgetattr(pty_.terminal(), &t), 0);
-  EXPECT_NE(t.c_lflag & ICANON, 0u);  // the terminal is cooked again
-}
-
-TEST_F(MenuTest, ASignalCallsTheHandlerHangUpHadThenEnds) {
+TEST_F(MenuTest, ASignalClearsTheScreenCallsTheHandlerHangUpHadAndEndsWithStatusOne) {
   setenv("VELK_MENU_HUP_HANDLER", "1", 1);
   Open(3, 2);
   unsetenv("VELK_MENU_HUP_HANDLER");
   kill(pty_.pid(), SIGTERM);
   EXPECT_EQ(pty_.Finish(), 1);
   EXPECT_NE(pty_.output.find("\x1b[2J\x1b[1;1Hprevious handler " + std::to_string(SIGTERM)), std::string::npos);
+  termios t;
+  ASSERT_EQ(tcgetattr(pty_.terminal(), &t), 0);
+  EXPECT_NE(t.c_lflag & ICANON, 0u);  // the terminal is cooked again
 }
 
 TEST_F(MenuTest, CtrlCEndsTheMenuAsAnInterrupt) {
@@ -176,9 +158,8 @@ TEST_F(MenuTest, CtrlCEndsTheMenuAsAnInterrupt) {
 
 TEST_F(MenuTest, StringEditingStartsFromTheCurrentText) {
   setenv("VELK_EDIT_TEXT", "abcd", 1);
-  ASSERT_TRUE(pty_.Start(Self(), "/", {"--gtest_filter=MenuChild.Run"}));
+  Open(0, 0);
   unsetenv("VELK_EDIT_TEXT");
-  ASSERT_TRUE(pty_.Settle());
   pty_.Keys("\x7f\x7fXY\r");
   EXPECT_EQ(pty_.Finish(), 0);
   EXPECT_NE(pty_.output.find("edited [abXY]"), std::string::npos) << pty_.output;
@@ -192,9 +173,7 @@ TEST(MenuDeathTest, OnlyStringsAndADefaultAmongTheItems) {
   EXPECT_EXIT(ListMenu(l, 3), testing::ExitedWithCode(0),
               "^\nInvalid default item number in \"m \\(3 element\\(s\\)\\)\" in ListMenu\\(\\)\\.\n$");
   EXPECT_EXIT(ListMenu(l, 0), testing::ExitedWithCode(0), "Invalid default item number");
-  ListValue one;
-  one.integer = 1;
-  ListSetElement(l, 2, kListInteger, one);
+  ListSetElement(l, 2, kListInteger, ListValue{.integer = 1});
   EXPECT_EXIT(ListMenu(l, 1), testing::ExitedWithCode(0),
               "^\nmenu\\(m\\) : Contents of menu must be string  in ListMenu\\(\\)\\.\n$");
 }

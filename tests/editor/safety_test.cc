@@ -1,6 +1,5 @@
-// Keeping the user's work and the terminal: the emergency save, crashes,
-// failed writes, flow control, split escape sequences, names that are no
-// regular files, through a pty.
+// Keeping the user's work and the terminal, through a pty: emergency saves, crashes,
+// failed writes, flow control, split escape sequences, names that are no regular files.
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -12,8 +11,7 @@
 namespace velk_test {
 namespace {
 
-// The terminal as a shell expects it back: canonical input with echo,
-// signals, output processing and flow control.
+// The terminal as a shell expects it back.
 void ExpectCooked(int terminal) {
   termios modes = {};
   ASSERT_EQ(tcgetattr(terminal, &modes), 0);
@@ -26,24 +24,17 @@ bool Contains(const std::string &text, const std::string &part) {
   return text.find(part) != std::string::npos;
 }
 
-// A variable of the environment for the programs started while it lives.
-class ScopedEnv {
- public:
-  ScopedEnv(const char *name, const std::string &value) : name_(name) {
-    setenv(name, value.c_str(), 1);
-  }
-  ~ScopedEnv() { unsetenv(name_); }
-
- private:
-  const char *name_;
+// A variable of the environment while it lives.
+struct ScopedEnv {
+  ScopedEnv(const char *name, const std::string &value) : name(name) { setenv(name, value.c_str(), 1); }
+  ~ScopedEnv() { unsetenv(name); }
+  const char *name;
 };
 
 }  // namespace
 
-// A hang-up or SIGTERM after a change writes NAME.save (then NAME.save.1)
-// and says where, with status 1 as before; SIGQUIT without a change writes
-// nothing. The part shown of a complex matrix is joined back first. The file
-// itself is never touched.
+// SIGHUP or SIGTERM after a change writes NAME.save (then NAME.save.1), the shown part of a
+// complex matrix joined back, and says where; SIGQUIT without a change writes nothing.
 TEST_F(EditorTest, SignalsSaveChangedWorkBesideTheFile) {
   WriteFile("a.mat", MatrixText(1, 1, {1}));
   WriteFile("c.mat", MatrixText(1, 1, {1, -1}, true));
@@ -79,8 +70,8 @@ TEST_F(EditorTest, SignalsSaveChangedWorkBesideTheFile) {
   EXPECT_EQ(ReadFile("a.mat"), old);
 }
 
-// A fatal report in the middle of a session saves the work and keeps its
-// own text and status; when the file's folder is gone the save goes home.
+// A fatal report saves the work and keeps its text and status; with the folder gone the save
+// goes home.
 TEST_F(EditorTest, AFatalReportSavesAndAMissingFolderSendsTheSaveHome) {
   WriteFile("a.mat", MatrixText(1, 1, {1}));
   Open({"a.mat"});
@@ -124,9 +115,7 @@ TEST_F(EditorTest, ACrashLeavesTheTerminalCooked) {
   }
 }
 
-// "w" on a full disk says so on the prompt line, until the next key, and the
-// editing goes on. Ctrl-S is a key like any other (no frozen output), and
-// flow control is back at the end.
+// "w" on a full disk says so until the next key; Ctrl-S is a plain key while raw.
 TEST_F(EditorTest, AFailedWriteIsShownAndFlowControlIsOffWhileRaw) {
   WriteFile("a.mat", MatrixText(1, 2, {1, 2}));
   Open({"a.mat"});
@@ -141,8 +130,7 @@ TEST_F(EditorTest, AFailedWriteIsShownAndFlowControlIsOffWhileRaw) {
   ExpectCooked(pty_.terminal());
 }
 
-// The rest of an arrow key that comes late still makes the arrow key; a
-// lone Escape still quits once the delay is over.
+// A late rest of an arrow key still makes the key; a lone Escape still quits.
 TEST_F(EditorTest, ASplitArrowSequenceMovesTheCursor) {
   WriteFile("a.mat", MatrixText(2, 2, {1, 2, 3, 4}));
   ScopedEnv delay("VELK_ESCDELAY", "1000");  // generous: a loaded machine is slow too
@@ -159,8 +147,7 @@ TEST_F(EditorTest, ASplitArrowSequenceMovesTheCursor) {
   EXPECT_EQ(pty_.Finish(), 0);
 }
 
-// A folder or a pipe on the command line is reported and skipped; the other
-// files are edited, and the status at the end says something was skipped.
+// A folder or a pipe is reported and skipped, and the exit status says so.
 TEST_F(EditorTest, NamesThatAreNoRegularFilesAreSkipped) {
   std::filesystem::create_directory(Path("dir"));
   ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);

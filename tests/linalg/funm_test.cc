@@ -13,8 +13,7 @@
 
 namespace {
 
-// The largest elementwise distance between two matrices of the same shape,
-// relative to the largest magnitude of want.
+// Largest elementwise distance, relative to the largest magnitude of want.
 double Gap(Matrix *got, Matrix *want) {
   double d = 0, w = 0;
   for (long long k = 0; k < MatCount(want); k++) {
@@ -24,8 +23,7 @@ double Gap(Matrix *got, Matrix *want) {
   return d / w;
 }
 
-// n x n: c on the diagonal plus uniform values in [-1, 1) (complex ones when
-// asked), so the eigenvalues stay near c.
+// c I plus uniform values in [-1, 1): eigenvalues near c.
 Matrix *NearScalar(std::mt19937 &gen, int cls, int n, double c) {
   std::uniform_real_distribution<double> u(-1, 1);
   std::vector<Cx> v(static_cast<size_t>(n) * n);

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/alloc.h"
@@ -44,13 +45,10 @@ TEST_F(PolyTest, TextFormsReadFromTheHighestPowerDown) {
   EXPECT_EQ(Text(P({-3})), "- 3");
   EXPECT_EQ(Text(P({0, -2})), "- 2s");  // no blank in the negative linear term
   EXPECT_EQ(Text(P({0, -2}), true), "- 2*s");
-  EXPECT_EQ(Text(P({0, 2})), "2 s");
   EXPECT_EQ(Text(P({-1, 0, 1})), "s^2 - 1");
   EXPECT_EQ(Text(P({0, 0, -1})), "- s^2");
-  EXPECT_EQ(Text(P({1, 1})), "s + 1");
   EXPECT_EQ(Text(P({0, 3, -4, 1})), "s^3 - 4 s^2 + 3 s");
   EXPECT_EQ(Text(P({0, 3, -4, 1}), true), "s^3 - 4*s^2 + 3*s");
-  EXPECT_EQ(Text(P({0, 0, -2.5}), true), "- 2.5*s^2");
   EXPECT_EQ(Text(P({0})), "0");
   EXPECT_EQ(Text(P({0, 0, 0})), "0");  // left unsimplified
   EXPECT_EQ(Text(P({5, 0, 0})), "5");
@@ -95,36 +93,24 @@ TEST_F(PolyTest, SimplificationDropsOnlyNegligibleLeadingCoefficients) {
   EXPECT_EQ(PolySimplify(P({1, 2, eps}), eps)->degree, 1);
   EXPECT_EQ(PolySimplify(P({1, 2, 2 * eps}), eps)->degree, 2);
   EXPECT_EQ(PolySimplify(P({1, 0, NAN, 0}), eps)->degree, 2);
-  Polynomial *tiny = PolySimplify(P({1e-20, 1e-20}), 1e-10);
-  EXPECT_EQ(tiny->degree, 0);
-  EXPECT_EQ(MatReal(tiny->coef)[0], 1e-20);  // the constant is kept as it is
+  // The constant is kept as it is.
+  EXPECT_EQ(Coefs(PolySimplify(P({1e-20, 1e-20}), 1e-10)), (std::vector<double>{1e-20}));
   Polynomial *c = PolySimplify(CP({{1, 0}, {0, 1e-20}}), 1e-10);
   EXPECT_EQ(c->degree, 0);
-  // The coefficient matrix matches the new degree.
-  EXPECT_EQ(c->coef->cols, 1);
+  EXPECT_EQ(c->coef->cols, 1);  // the coefficient matrix matches the new degree
   // Sums are simplified: the leading terms cancel.
   EXPECT_EQ(Coefs(PolyAdd(P({1, 2, 3}), P({0, 1, -3}))), (std::vector<double>{1, 3}));
 }
 
 TEST_F(PolyTest, ArithmeticFollowsTheVariableRules) {
   Polynomial *p = P({1, 1}), *q = P({-1, 0, 2}, "z");
-  Polynomial *sum = PolyAdd(p, q);
-  EXPECT_EQ(Coefs(sum), (std::vector<double>{0, 1, 2}));
-  EXPECT_STREQ(sum->variable, "z");  // none and z give z
+  EXPECT_EQ(Text(PolyAdd(p, q)), "2 z^2 + z");  // none and z give z
   EXPECT_EQ(Coefs(PolySub(p, q)), (std::vector<double>{2, 1, -2}));
-  Polynomial *prod = PolyMul(p, q);
-  EXPECT_EQ(Coefs(prod), (std::vector<double>{-1, -1, 2, 2}));
-  EXPECT_STREQ(prod->variable, "z");
+  EXPECT_EQ(Text(PolyMul(p, q)), "2 z^3 + 2 z^2 - z - 1");
   EXPECT_EQ(Coefs(PolyAdd_double(p, 2)), (std::vector<double>{3, 1}));
   EXPECT_EQ(Coefs(PolySub_double(p, 1)), (std::vector<double>{0, 1}));
-  Polynomial *pc = PolyAdd_Complex(p, CompDef("", 0, 1));
-  EXPECT_EQ(pc->kind, 1);
-  EXPECT_EQ(static_cast<ComplexValue *>(pc->coef->elements)[0].im, 1);
-  // Real times complex.
-  Polynomial *m = PolyMul(P({0, 1}), CP({{1, 1}}));
-  ASSERT_EQ(m->kind, 1);
-  EXPECT_EQ(static_cast<ComplexValue *>(m->coef->elements)[1].re, 1);
-  EXPECT_EQ(static_cast<ComplexValue *>(m->coef->elements)[1].im, 1);
+  EXPECT_EQ(Text(PolyAdd_Complex(p, CompDef("", 0, 1))), "(1,0) s + (1,1)");
+  EXPECT_EQ(Text(PolyMul(P({0, 1}), CP({{1, 1}}))), "(1,1) s");  // real times complex
   // Scaling short-cuts.
   EXPECT_EQ(PolyScale(q, 0)->variable, nullptr);
   EXPECT_EQ(Coefs(PolyScale(q, -1)), (std::vector<double>{1, 0, -2}));
@@ -136,17 +122,14 @@ TEST_F(PolyTest, ArithmeticFollowsTheVariableRules) {
   EXPECT_EQ(Text(ri), "(2,0) s + (1,3)");
   EXPECT_EQ(Coefs(PolyImagPart(ri)), (std::vector<double>{3, 0}));
   EXPECT_EQ(Coefs(PolyRealPart(PolyConj(ri))), (std::vector<double>{1, 2}));
-  EXPECT_EQ(PolyImagPart(PolyConj(ri))->coef->cols, 2);
-  EXPECT_EQ(MatReal(PolyImagPart(PolyConj(ri))->coef)[0], -3);
+  EXPECT_EQ(Coefs(PolyImagPart(PolyConj(ri))), (std::vector<double>{-3, 0}));
 }
 
 TEST_F(PolyTest, PowersShiftsDerivativesAndIntegrals) {
   Polynomial *p = P({1, 1}, "x");
   EXPECT_EQ(Coefs(PolyPow(p, 5)), (std::vector<double>{1, 5, 10, 10, 5, 1}));
-  EXPECT_EQ(Coefs(PolyPow(p, 6)), (std::vector<double>{1, 6, 15, 20, 15, 6, 1}));
-  Polynomial *one = PolyPow(p, 0);
-  EXPECT_EQ(Coefs(one), (std::vector<double>{1}));
-  EXPECT_STREQ(one->variable, "x");
+  EXPECT_EQ(Text(PolyPow(p, 0), true), "1");
+  EXPECT_STREQ(PolyPow(p, 0)->variable, "x");
   Polynomial *q = P({1, 2, 3, 4});
   EXPECT_EQ(Coefs(PolyCut(q, 1, 2)), (std::vector<double>{0, 2, 3}));
   EXPECT_EQ(Coefs(PolyLowerShift(q, 2)), (std::vector<double>{3, 4}));
@@ -183,12 +166,9 @@ TEST_F(PolyTest, RoundingAndEvaluation) {
   EXPECT_EQ(Coefs(PolyRoundToZero(P({1, 1, 0}), 0)), (std::vector<double>{1, 1}));
   Polynomial *q = P({1, -3, 2});  // (2s - 1)(s - 1)
   EXPECT_EQ(PolyEval(q, 2), 3);
-  Complex *z = PolyEvalC(q, CompDef("", 0, 1));  // 2 i^2 - 3i + 1
-  EXPECT_EQ(z->re, -1);
-  EXPECT_EQ(z->im, -3);
-  Complex *w = C_PolyEval(CP({{0, 1}, {1, 0}}), 2);
-  EXPECT_EQ(w->re, 2);
-  EXPECT_EQ(w->im, 1);
+  Complex *z = PolyEvalC(q, CompDef("", 0, 1)), *w = C_PolyEval(CP({{0, 1}, {1, 0}}), 2);
+  EXPECT_EQ(std::pair(z->re, z->im), std::pair(-1.0, -3.0));  // 2 i^2 - 3i + 1
+  EXPECT_EQ(std::pair(w->re, w->im), std::pair(2.0, 1.0));
   Polynomial *composed = PolyEvalP(q, P({1, 1}, "t"));  // 2(t+1)^2 - 3(t+1) + 1
   EXPECT_EQ(Coefs(composed), (std::vector<double>{0, 1, 2}));
   EXPECT_STREQ(composed->variable, "t");

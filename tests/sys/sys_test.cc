@@ -46,20 +46,16 @@ TEST(StreamTable, EntryFollowsTheWholeModeStringAndStandardStreamsNeedNoOpen) {
     std::ofstream(kPath) << "old\n";
     CaptureStderr();
     const int fd = FileOpen(kPath.c_str(), mode);
-    const std::string warning =
-        "FileOpen(\"" + kPath + "\", \"" + mode + "\"): mode does not start with 'r' nor 'w'\n";
-    // Of these modes only those of 'a' start with neither 'r' nor 'w'.
-    EXPECT_EQ(GetCapturedStderr(), mode[0] == 'a' ? warning : "");
+    EXPECT_EQ(GetCapturedStderr(), mode[0] != 'a' ? "" : "FileOpen(\"" + kPath + "\", \"" + mode +
+                                                         "\"): mode does not start with 'r' nor 'w'\n");
     ASSERT_GE(fd, 0);
-    FILE *read = FilePointer(fd, 0);
-    FILE *write = FilePointer(fd, 1);
+    FILE *read = FilePointer(fd, 0), *write = FilePointer(fd, 1);
     ASSERT_EQ(read != nullptr, has_read);
     ASSERT_EQ(write != nullptr, has_write);
     EXPECT_EQ(FileIsOpen(fd), has_read || has_write);
     EXPECT_EQ(read == write && read != nullptr, has_read && has_write);
     if (has_write && !has_read) {
-      // FilePrintf flushes at once, FileFlush what was written around it; 'w' truncated the
-      // file, 'a' appends.
+      // FilePrintf flushes at once, FileFlush the rest; 'w' truncates, 'a' appends.
       EXPECT_EQ(FilePrintf(fd, "%s-%d\n", mode, 7), 0);
       ASSERT_GE(fputs("+", write), 0);
       const std::string printed = (mode[0] == 'a' ? "old\n" : "") + std::string(mode) + "-7\n";
@@ -89,8 +85,7 @@ TEST(StreamTable, ModeBits) {
   for (auto [mode, expected] : bits) EXPECT_EQ(FileModeBits(mode), expected) << mode;
 }
 
-// The child's output up to a line feed or its end; "<timeout>" marks a wait of five seconds
-// that saw nothing come.
+// The child's output up to a line feed or its end; "<timeout>" after five idle seconds.
 std::string ReadLine(int fd) {
   FILE *in = FilePointer(fd, 0);
   std::string text;
@@ -107,8 +102,7 @@ std::string ReadLine(int fd) {
   return text;
 }
 
-// Polls, for at most five seconds, until this process has count children, the ended ones that
-// nobody reaped included.
+// Polls up to five seconds until this process has count children, unreaped ones included.
 bool ChildrenBecome(int count) {
   const std::string path = "/proc/self/task/" + std::to_string(getpid()) + "/children";
   for (int i = 0; i < 250; ++i, usleep(20000)) {
@@ -129,8 +123,7 @@ TEST(Process, ChildrenRunBehindUnbufferedPipesAndAreReaped) {
   ASSERT_GE(fputs("no flush\n", FilePointer(first, 1)), 0);
   EXPECT_EQ(ReadLine(first), "no flush\n");
 
-  // Had the second child inherited the first one's input, the first would never see its end;
-  // and nobody but the reaper waits for either.
+  // The second child must not inherit the first one's input; only the reaper waits.
   EXPECT_EQ(ProcessClose(first), 0);
   EXPECT_TRUE(ChildrenBecome(1));
   ASSERT_EQ(FilePrintf(second, "still here\n"), 0);
@@ -162,15 +155,13 @@ int PortOf(int fd) {
   return ntohs(address.sin_port);
 }
 
-// Every blocking receive gives up after five seconds, so a lost peer fails a test instead of
-// hanging it.
+// Blocking receives give up after five seconds: a lost peer fails instead of hanging.
 void SetTimeout(int fd) {
   timeval limit = {5, 0};
   setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
 }
 
-// A connected loopback pair, built with the calls under test and bound to the any-address;
-// server stays -1 when a step failed.
+// A connected loopback pair built with the calls under test; server is -1 on failure.
 struct TcpLink {
   explicit TcpLink(const char *connect_host = "127.0.0.1") {
     if (socket_bind(listener, 0, "") == 0 && socket_listen(listener, 4) == 0 &&
@@ -207,8 +198,8 @@ TEST(Socket, ConnectedPairCarriesBytesAndLines) {
   writer.join();
   EXPECT_EQ(std::string(text, 10), "abcdefghij");
 
-  // Lines in order on the same connection. A line cut at size-1 bytes or by the end counts one
-  // more than it stored; a size of 1 or less reads nothing.
+  // A line cut at size-1 bytes or by the end counts one more than it stored; a size of 1 or
+  // less reads nothing.
   const std::tuple<const char *, bool, int, int, const char *> cases[] = {
       {"abc\n", false, 10, 4, "abc\n"}, {"defghij\n", false, 4, 4, "def"},
       {"", false, 10, 5, "ghij\n"},     {"k\n", false, 1, 1, ""},
@@ -223,30 +214,26 @@ TEST(Socket, ConnectedPairCarriesBytesAndLines) {
     EXPECT_EQ(socket_readline(link.server, buffer, size), result);
     EXPECT_STREQ(buffer, stored);
   }
-  // At the end readn returns what came: nothing. Sending after the own shutdown fails with
-  // EPIPE, where a SIGPIPE would end the test program.
+  // At the end readn gets nothing; sending after shutdown is EPIPE, not a SIGPIPE.
   EXPECT_EQ(socket_readn(link.server, text, 10), 0);
   EXPECT_EQ(socket_write_string(link.client, "late"), -1);
   EXPECT_EQ(errno, EPIPE);
 }
 
 TEST(Socket, DatagramsOverLoopbackKeepAtMost1024Bytes) {
-  const int receiver = socket_open("udp");
-  const int sender = socket_open("UDP");
+  const int receiver = socket_open("udp"), sender = socket_open("UDP");
   SetTimeout(receiver);
   ASSERT_EQ(socket_bind(receiver, 0, "127.0.0.1"), 0);
   in_addr loopback = {htonl(INADDR_LOOPBACK)};
   const hostent *entry = gethostbyaddr(&loopback, sizeof loopback, AF_INET);
   const std::string loopback_name = entry != nullptr ? entry->h_name : "";
   const std::string long_text = std::string(1024, 'k') + std::string(976, 'z');
-  // The rest of a long datagram is lost, not left for the next receive; an empty one still
-  // gives a message.
+  // The rest of a long datagram is lost, not left for the next receive.
   const std::pair<const char *, std::string> cases[] = {
       {"127.0.0.1", "hello"}, {"127.0.0.1", long_text}, {"localhost", "after"}, {"127.0.0.1", ""}};
   for (const auto &[host, sent] : cases) {
     SCOPED_TRACE(sent.size());
-    char *from = nullptr;
-    char *message = nullptr;
+    char *from = nullptr, *message = nullptr;
     const int size = static_cast<int>(sent.size());
     EXPECT_EQ(socket_sendto(sender, PortOf(receiver), host, sent.c_str()), size);
     ASSERT_EQ(socket_recvfrom(receiver, &from, &message), std::min(size, 1024));
@@ -262,16 +249,12 @@ std::string SystemError(const char *call, int error) {
   return std::string(call) + ": " + strerror(error) + "\n";
 }
 
-// Each failure prints its fixed line, the socket calls mostly followed by the system's error
-// text under the call's name, and returns -1; none ends the program.
+// Each failure prints its fixed line (socket calls mostly add the system's error) and returns -1.
 TEST(SysMessages, EveryFailurePrintsItsExactLine) {
   TcpLink link;
-  const int tcp = socket_open("tcp");
-  const int udp = socket_open("udp");
-  const int file = FileOpen("/dev/null", "r");
+  const int tcp = socket_open("tcp"), udp = socket_open("udp"), file = FileOpen("/dev/null", "r");
   char line[16];
-  char *from = line;
-  char *message = line;
+  char *from = line, *message = line;
   CaptureStderr();
   // The mode warning comes first; fopen then refuses the mode. A missing file fails quietly.
   EXPECT_EQ(FileOpen("/dev/null", "x"), -1);
@@ -314,15 +297,13 @@ TEST(SysMessages, EveryFailurePrintsItsExactLine) {
   for (int fd : {tcp, udp, file}) socket_close(fd);
 }
 
-// Holds every free descriptor below floor, so that the next one the system hands out is floor
-// or above: the table bounds are met without opening thousands of real files.
+// Holds every free descriptor below floor, so the next one handed out is floor or above.
 std::vector<int> HoldBelow(int floor) {
   rlimit limit;
   getrlimit(RLIMIT_NOFILE, &limit);
   limit.rlim_cur = std::max<rlim_t>(limit.rlim_cur, std::min<rlim_t>(limit.rlim_max, 5000));
   setrlimit(RLIMIT_NOFILE, &limit);
   std::vector<int> held;
-  // dup hands out the lowest free number, so this fills every gap below floor in turn.
   int fd = open("/dev/null", O_RDONLY);
   for (; fd >= 0 && fd < floor; fd = dup(fd)) held.push_back(fd);
   close(fd);
@@ -340,8 +321,7 @@ TEST(StreamTable, DescriptorsPastTheTableAreRefusedAndClosed) {
   EXPECT_EQ(FilePointer(kStreamTableSize, 0), nullptr);
   EXPECT_EQ(fcntl(kStreamTableSize, F_GETFD), -1);
   for (int fd : held) close(fd);
-  // Only 4095 free: the write end of a first pipe would name entry 4096, and a connection to a
-  // socket at 4095 is accepted as 4096.
+  // Only 4095 free: a pipe's write end or an accepted connection would be 4096.
   held = HoldBelow(kStreamTableSize - 1);
   EXPECT_EQ(ProcessOpen("cat"), -1);
   const int peer = socket_open("tcp");
